@@ -1,0 +1,36 @@
+# Front door of the homodyne MEX toolbox. Every target installs the Debian
+# packages it needs when run as root, and names them otherwise.
+
+BUILD_DIR ?= build
+OCTAVE := octave-cli --no-gui --quiet --norc
+MEX_PACKAGES := octave liboctave-dev g++ make
+CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev
+BENCH_PACKAGES := $(CHECK_PACKAGES) libbenchmark-dev
+
+.PHONY: all mex demo check bench clean
+
+all: mex
+
+# The Octave MEX (interleaved complex layout) in matlab/, next to its help file.
+mex:
+	@scripts/ensure_deps.sh $(MEX_PACKAGES)
+	$(OCTAVE) --eval "addpath('matlab'); build_homodyne_mex();"
+
+demo: mex
+	cd matlab && $(OCTAVE) --eval "demo_homodyne"
+
+# Both MEX layouts, the unit tests and the Octave tests of the real MEX, run by CTest.
+check:
+	@scripts/ensure_deps.sh $(CHECK_PACKAGES)
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release
+	cmake --build $(BUILD_DIR) -j2
+	ctest --test-dir $(BUILD_DIR) --output-on-failure
+
+bench:
+	@scripts/ensure_deps.sh $(BENCH_PACKAGES)
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
+	cmake --build $(BUILD_DIR) -j2 --target core_bench
+	$(BUILD_DIR)/bench/core_bench
+
+clean:
+	rm -rf $(BUILD_DIR) out matlab/homodyne_mex.mex

@@ -1,0 +1,98 @@
+#include "gateway/host_arrays.hpp"
+
+#include <cstring>
+#include <new>
+
+#include "gateway/host_error.hpp"
+
+bool has_class(const mxArray* array, const char* name)
+{
+    return std::strcmp(mxGetClassName(array), name) == 0;
+}
+
+std::vector<std::int64_t> dimensions_of(const mxArray* array)
+{
+    const mwSize count = mxGetNumberOfDimensions(array);
+    const mwSize* sizes = mxGetDimensions(array);
+    return std::vector<std::int64_t>(sizes, sizes + count);
+}
+
+bool is_empty_by_first_dimension(const std::vector<std::int64_t>& dims)
+{
+    return dims.empty() || dims[0] == 0;
+}
+
+bool fits_32bit_indexing(const std::vector<std::int64_t>& dims)
+{
+    constexpr std::int64_t limit = std::int64_t{1} << 31;
+    std::int64_t elements = 1;
+    for (const std::int64_t size : dims) {
+        if (size < 0 || size >= limit) {
+            return false;
+        }
+        elements = elements * size;  // stays below 2^62: both factors < 2^31
+        if (elements >= limit) {
+            return false;
+        }
+    }
+    return true;
+}
+
+#if MX_HAS_INTERLEAVED_COMPLEX
+
+// Octave 7 refuses mxGetComplexSingles on single arrays ("type mismatch"), so
+// the interleaved pairs are reached through the untyped data pointer.
+ComplexPlanes single_planes(const mxArray* array)
+{
+    float* values = static_cast<float*>(mxGetData(array));
+    if (mxIsComplex(array)) {
+        return ComplexPlanes{values, values + 1, 2};
+    }
+    return ComplexPlanes{values, nullptr, 1};
+}
+
+// Octave 7 allocates only half the storage of a complex array made by
+// mxCreateNumericArray in this layout, so the host builds it: complex() of a
+// zero-filled real array, which also keeps the result complex on return.
+mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+{
+    const std::vector<mwSize> sizes(dims.begin(), dims.end());
+    mxArray* zeros = mxCreateNumericArray(sizes.size(), sizes.data(), mxSINGLE_CLASS, mxREAL);
+    if (zeros == nullptr) {
+        throw std::bad_alloc();
+    }
+    mxArray* result = nullptr;
+    mxArray* failure = mexCallMATLABWithTrap(1, &result, 1, &zeros, "complex");
+    mxDestroyArray(zeros);
+    if (failure != nullptr) {
+        mxDestroyArray(failure);
+        throw std::bad_alloc();
+    }
+    return result;
+}
+
+#else
+
+ComplexPlanes single_planes(const mxArray* array)
+{
+    float* re = static_cast<float*>(mxGetData(array));
+    float* im = mxIsComplex(array) ? static_cast<float*>(mxGetImagData(array)) : nullptr;
+    return ComplexPlanes{re, im, 1};
+}
+
+mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+{
+    const std::vector<mwSize> sizes(dims.begin(), dims.end());
+    mxArray* result = mxCreateNumericArray(sizes.size(), sizes.data(), mxSINGLE_CLASS, mxCOMPLEX);
+    if (result == nullptr) {
+        throw std::bad_alloc();
+    }
+    return result;
+}
+
+#endif
+
+const double* double_values(const mxArray* array)
+{
+    return static_cast<const double*>(mxGetData(array));
+}
