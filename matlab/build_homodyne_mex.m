@@ -46,7 +46,8 @@ function mex_file = build_homodyne_mex(varargin)
   src = fullfile(fileparts(here), 'src');
   sources = fullfile(src, {'gateway/mex_entry.cpp', 'gateway/host_arrays.cpp', ...
                            'homodyne/filter_gateway.cpp', 'homodyne/filter_weights.cpp', ...
-                           'homodyne/homodyne_filter.cpp'});
+                           'homodyne/homodyne_filter.cpp', 'phase/phase_gateway.cpp', ...
+                           'phase/phase_transfer.cpp'});
   flags = ['-std=c++17 -O3 -ffp-contract=off -fno-fast-math -Wall -Wextra ' options.ExtraFlags];
   if ~exist(options.OutputDir, 'dir')
     mkdir(options.OutputDir);

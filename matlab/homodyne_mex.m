@@ -23,17 +23,29 @@
 %     at the positive end, symmetric, or under 55 % sampled) leaves its axis
 %     unweighted and keeps only the axis' first sample in BLOCK.
 %
-%   HOMODYNE_MEX('multiply', DATA, LOWRES) is not available in this build yet;
-%   like any unknown command it does nothing.
+%   HOMODYNE_MEX('multiply', DATA, LOWRES)
+%     DATA is a full-resolution single image, real or complex; LOWRES a
+%     low-resolution single image (real or complex) with the same number of
+%     dimensions, typically the inverse FFT of the block that 'filter' returns.
+%     LOWRES is brought onto DATA's grid by trilinear interpolation (the first
+%     and last samples of every axis aligned: data sample i of an axis of D
+%     samples reads LOWRES at index i*(L-1)/(D-1), counted from 0) and every
+%     sample d of DATA becomes, IN PLACE, the real part of d*conj(L)/|L|; the
+%     imaginary part becomes 0 (DATA stays complex if it was). Where the
+%     interpolated value is exactly 0 the result is NaN: no phase is invented.
+%     Volume t of DATA (dimensions 4 and up) is corrected with volume t of
+%     LOWRES. When LOWRES has exactly DATA's size it is used as it is. Nothing
+%     is returned. LOWRES must have samples along every dimension and at least
+%     DATA's number of volumes.
 %
 %   IN-PLACE RESULTS
-%     The weighted data are written into the storage of the DATA argument, so
+%     The weighted or corrected data are written into the storage of the DATA argument, so
 %     every variable sharing that storage changes too: after B = A, a call on
 %     B also changes A, and a literal inside a loop changes for the next pass.
 %     Give the command an unshared copy when the original is still needed:
 %       work = complex(real(A), imag(A));     % complex A stays complex
-%     In the default build (interleaved complex layout, -R2018a) the weighted
-%     data reach the caller for real and complex DATA. In the separate-planes
+%     In the default build (interleaved complex layout, -R2018a) the results
+%     reach the caller for real and complex DATA. In the separate-planes
 %     build (-R2017b) the host hands the module a private copy of complex
 %     arrays, so only real DATA are weighted in place there, and BLOCK comes
 %     back real when DATA are real.
@@ -47,5 +59,8 @@
 %     work = complex(real(k), imag(k));
 %     block = homodyne_mex('filter', work, [-40 63], [], []);
 %     size(block)                              % 81 x 96
+%     img = fftshift(ifft2(ifftshift(work)));
+%     low = fftshift(ifft2(ifftshift(block)));
+%     homodyne_mex('multiply', img, low);      % real image, imaginary part 0
 %
 %   See also BUILD_HOMODYNE_MEX.

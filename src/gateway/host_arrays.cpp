@@ -51,6 +51,23 @@ ComplexPlanes single_planes(const mxArray* array)
     return ComplexPlanes{values, nullptr, 1};
 }
 
+ContiguousPlanes::ContiguousPlanes(const mxArray* array)
+{
+    const float* values = static_cast<const float*>(mxGetData(array));
+    re_ = values;
+    if (!mxIsComplex(array)) {
+        return;
+    }
+    const std::size_t n = mxGetNumberOfElements(array);
+    split_.resize(2 * n);
+    for (std::size_t i = 0; i < n; ++i) {
+        split_[i] = values[2 * i];
+        split_[n + i] = values[2 * i + 1];
+    }
+    re_ = split_.data();
+    im_ = split_.data() + n;
+}
+
 // Octave 7 allocates only half the storage of a complex array made by
 // mxCreateNumericArray in this layout, so the host builds it: complex() of a
 // zero-filled real array, which also keeps the result complex on return.
@@ -78,6 +95,12 @@ ComplexPlanes single_planes(const mxArray* array)
     float* re = static_cast<float*>(mxGetData(array));
     float* im = mxIsComplex(array) ? static_cast<float*>(mxGetImagData(array)) : nullptr;
     return ComplexPlanes{re, im, 1};
+}
+
+ContiguousPlanes::ContiguousPlanes(const mxArray* array)
+    : re_(static_cast<const float*>(mxGetData(array))),
+      im_(mxIsComplex(array) ? static_cast<const float*>(mxGetImagData(array)) : nullptr)
+{
 }
 
 mxArray* create_complex_single(const std::vector<std::int64_t>& dims)

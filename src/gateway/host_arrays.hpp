@@ -30,6 +30,24 @@ bool fits_32bit_indexing(const std::vector<std::int64_t>& dims);
 // writes into a complex input do not reach the caller there.
 ComplexPlanes single_planes(const mxArray* array);
 
+// Read-only contiguous planes of a single-precision array, as the
+// interpolation library reads them. Separate planes and real data are used
+// where they are; interleaved complex data are split into planes owned here.
+class ContiguousPlanes {
+public:
+    explicit ContiguousPlanes(const mxArray* array);
+    ContiguousPlanes(const ContiguousPlanes&) = delete;
+    ContiguousPlanes& operator=(const ContiguousPlanes&) = delete;
+
+    const float* re() const { return re_; }
+    const float* im() const { return im_; }  // null for real data
+
+private:
+    std::vector<float> split_;
+    const float* re_ = nullptr;
+    const float* im_ = nullptr;
+};
+
 // A new complex single array of the given sizes, zero-filled, that keeps its
 // complexity when returned to the caller (in the interleaved build; in the
 // separate build the host turns an all-zero imaginary part into a real array).

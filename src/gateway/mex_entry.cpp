@@ -16,6 +16,7 @@
 
 #include "gateway/host_error.hpp"
 #include "homodyne/filter_gateway.hpp"
+#include "phase/phase_gateway.hpp"
 #include "mex.h"
 
 namespace {
@@ -34,6 +35,9 @@ void dispatch(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
     // Two separate, exact, case-sensitive tests; an unknown command does nothing.
     if (std::strcmp(command.data(), "filter") == 0) {
         ApplyHomodyneFilter(nlhs, plhs, nrhs, prhs);
+    }
+    if (std::strcmp(command.data(), "multiply") == 0) {
+        AddLowResPhase(nlhs, plhs, nrhs, prhs);
     }
 }
 

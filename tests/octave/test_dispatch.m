@@ -21,7 +21,7 @@ end
 
 function unknown_commands_do_nothing(~)
   data = single([1 2 3 4]');
-  for command = {'Filter', 'FILTER', ' filter', 'filter ', 'filt', '', 'filterx'}
+  for command = {'Filter', 'FILTER', ' filter', 'filter ', 'filt', '', 'filterx', 'Multiply', 'multiply '}
     copy = data;
     homodyne_mex(command{1}, copy, [-1 3], [], []);
     assert(isequal(copy, data), 'command "%s" changed the data', command{1});
