@@ -3,6 +3,7 @@
 // serves both host layouts without copying the data:
 //   separate planes:  re -> real plane, im -> imaginary plane, stride 1
 //   interleaved:      re -> first value, im -> re + 1,        stride 2
+// (a stride of 2 always means interleaved pairs, im == re + 1).
 // Real data have no imaginary plane (im == nullptr); it then counts as zero.
 
 #include <cstddef>
