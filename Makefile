@@ -16,8 +16,10 @@ mex:
 	@scripts/ensure_deps.sh $(MEX_PACKAGES)
 	$(OCTAVE) --eval "addpath('matlab'); build_homodyne_mex();"
 
+# The main job: reconstruct partial-Fourier phantoms, print errors and times,
+# and write out/homodyne_demo.png.
 demo: mex
-	cd matlab && $(OCTAVE) --eval "demo_homodyne"
+	$(OCTAVE) --eval "addpath('matlab'); demo_homodyne"
 
 # Both MEX layouts, the unit tests and the Octave tests of the real MEX, run by CTest.
 check:
@@ -26,11 +28,13 @@ check:
 	cmake --build $(BUILD_DIR) -j2
 	ctest --test-dir $(BUILD_DIR) --output-on-failure
 
-bench:
-	@scripts/ensure_deps.sh $(BENCH_PACKAGES)
+# Core benchmarks, then homodyne_recon beside Debian's bart (bench/RESULTS.md).
+bench: mex
+	@scripts/ensure_deps.sh $(BENCH_PACKAGES) bart octave-bart
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
 	cmake --build $(BUILD_DIR) -j2 --target core_bench
 	$(BUILD_DIR)/bench/core_bench
+	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); compare_bart"
 
 clean:
 	rm -rf $(BUILD_DIR) out matlab/homodyne_mex.mex

@@ -1,9 +1,19 @@
 % Homodyne partial-Fourier reconstruction toolbox.
 %
+% Reconstruction
+%   homodyne_recon      - Partial-Fourier k-space in, real image out (ranges
+%                         given or detected, missing part at either end).
+%
+% Building blocks that leave their inputs untouched
+%   homodyne_filter     - Homodyne weighting of k-space and its central block.
+%   homodyne_phase      - Take a low-resolution phase off an image.
+%
 % MEX module
 %   homodyne_mex        - 'filter': homodyne weighting in place and the central block;
 %                         'multiply': low-resolution phase removed in place.
 %   build_homodyne_mex  - Build homodyne_mex with the host's MEX compiler.
 %
-% Demonstration
-%   demo_homodyne       - Filter a generated partial-Fourier k-space and report.
+% Test data and demonstration
+%   homodyne_phantom    - 3-D head-like test object with a smooth phase, and its k-space.
+%   demo_homodyne       - Reconstruct partial-Fourier phantoms, report errors and
+%                         times, and write a picture.
