@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "homodyne/filter_weights.hpp"
+#include "homodyne/pow_third.hpp"
 
 AxisFilter plan_axis_filter(int n, const double* range)
 {
@@ -104,21 +105,28 @@ WeightClasses classify(const std::vector<float>& weights)
     return classes;
 }
 
-// The geometric mean of the weighted axes' weights: pow(wx * wy * wz, 1/c)
-// with the single-precision exponent 1.0f / c, rounded to single. For c = 1
-// the power returns its argument exactly; for c = 2 the square root gives the
+// The combined weight of every x class for one pair of y and z weights: the
+// geometric mean of the weighted axes' weights, pow(wx * wy * wz, 1/c) with
+// the single-precision exponent 1.0f / c, rounded to single. For c = 1 the
+// power returns its argument exactly; for c = 2 the square root gives the
 // same float as pow(p, 0.5) for every non-negative float p (checked over all
-// of them), and costs a fraction of it.
-float combined_weight(float wx, float wy, float wz, int weighted_axes, double exponent)
+// of them); for c = 3 pow_third gives pow's float at a fraction of its cost.
+void combine_classes(const std::vector<float>& wx, float wy, float wz, int weighted_axes,
+                     std::vector<float>& products, std::vector<float>& weights)
 {
-    const float p = wx * wy * wz;
+    const std::size_t n = wx.size();
+    for (std::size_t c = 0; c < n; ++c) {
+        products[c] = wx[c] * wy * wz;
+    }
     if (weighted_axes == 1) {
-        return p;
+        weights = products;
+    } else if (weighted_axes == 2) {
+        for (std::size_t c = 0; c < n; ++c) {
+            weights[c] = static_cast<float>(std::sqrt(static_cast<double>(products[c])));
+        }
+    } else {
+        pow_third(products.data(), weights.data(), static_cast<long>(n));
     }
-    if (weighted_axes == 2) {
-        return static_cast<float>(std::sqrt(static_cast<double>(p)));
-    }
-    return static_cast<float>(std::pow(static_cast<double>(p), exponent));
 }
 
 // Multiplies the n samples of a row from position `start` by the factors f.
@@ -154,7 +162,6 @@ void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const 
     if (weighted_axes == 0) {
         return;  // every weight is 1 and pow(1, +inf) = 1: nothing changes
     }
-    const double exponent = 1.0f / static_cast<float>(weighted_axes);
     const std::ptrdiff_t nx = shape.nx, ny = shape.ny, nz = shape.nz;
     const std::ptrdiff_t volume = nx * ny * nz;
     if (volume == 0) {
@@ -166,7 +173,7 @@ void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const 
     // again only when the z class changes (equal weights lie in runs), and
     // every volume uses the rows of the first.
     const WeightClasses cx = classify(x.weights), cy = classify(y.weights), cz = classify(z.weights);
-    std::vector<float> class_weights(cx.values.size());
+    std::vector<float> products(cx.values.size()), class_weights(cx.values.size());
     std::vector<float> rows(cy.values.size() * static_cast<std::size_t>(nx));
     std::vector<char> row_ready(cy.values.size());
     int current_z_class = -1;
@@ -179,10 +186,7 @@ void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const 
             const int y_class = cy.class_of[j];
             float* row = &rows[static_cast<std::size_t>(y_class) * nx];
             if (!row_ready[y_class]) {
-                for (std::size_t c = 0; c < cx.values.size(); ++c) {
-                    class_weights[c] =
-                        combined_weight(cx.values[c], y.weights[j], z.weights[k], weighted_axes, exponent);
-                }
+                combine_classes(cx.values, y.weights[j], z.weights[k], weighted_axes, products, class_weights);
                 for (std::ptrdiff_t i = 0; i < nx; ++i) {
                     row[i] = class_weights[cx.class_of[i]];
                 }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "common/vector_clones.hpp"
 #include "interpolation/vector_manipulation.hpp"
 #include "phase/axis_samples.hpp"
 
@@ -18,14 +19,6 @@
 // size.
 
 namespace {
-
-// Compiled also for AVX2 where the compiler supports function versions; the
-// loops vectorise with the same rounded operations (no fused multiply-add).
-#if defined(__GNUC__) && defined(__x86_64__) && !defined(__clang__)
-#define HOMODYNE_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
-#else
-#define HOMODYNE_VECTOR_CLONES
-#endif
 
 // Removes the phase of the values (a, b) that `source(i, a, b)` yields from n
 // samples held as `Layout`: the real part at re(i), the imaginary at im(i).
