@@ -6,11 +6,16 @@
 //   multiply: an in-place pass over the data (sign flip), the least any
 //             in-place command must do.
 // Each iteration starts from the same data (restored outside the timing).
-// Counter x_baseline: the case's time over its baseline's, same run.
+// Counters: x_baseline, the case's time over its baseline's in the same run;
+// scratch_MB, the most heap memory a command held at once beyond its output
+// (the data themselves are 64 MiB).
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <random>
@@ -19,6 +24,35 @@
 
 #include "homodyne/homodyne_filter.hpp"
 #include "phase/phase_transfer.hpp"
+
+// Heap accounting: every allocation carries its size in a header, so that
+// the bytes held and their peak can be followed.
+namespace heap {
+std::size_t held = 0, peak = 0;
+}  // namespace heap
+
+void* operator new(std::size_t n)
+{
+    auto* block = static_cast<std::size_t*>(std::malloc(n + 16));
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    block[0] = n;
+    heap::held += n;
+    heap::peak = heap::held > heap::peak ? heap::held : heap::peak;
+    return reinterpret_cast<char*>(block) + 16;
+}
+
+void operator delete(void* p) noexcept
+{
+    if (p != nullptr) {
+        auto* block = reinterpret_cast<std::size_t*>(static_cast<char*>(p) - 16);
+        heap::held -= block[0];
+        std::free(block);
+    }
+}
+
+void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 
 namespace {
 
@@ -45,21 +79,27 @@ std::map<std::string, double>& baseline_seconds()
     return seconds;
 }
 
-// Runs `body` on a fresh copy of the data each iteration; returns mean seconds.
+// Runs `body` on a fresh copy of the data each iteration; returns mean
+// seconds, and reports the peak heap the body held beyond `output_bytes`.
 template <typename Body>
-double time_in_place(benchmark::State& state, Body body)
+double time_in_place(benchmark::State& state, Body body, std::size_t output_bytes = 0)
 {
     std::vector<float> work(original_data());
     double total = 0;
+    std::size_t scratch = 0;
     for (auto _ : state) {
         state.PauseTiming();
         std::memcpy(work.data(), original_data().data(), work.size() * sizeof(float));
+        const std::size_t held_before = heap::held;
+        heap::peak = held_before;
         state.ResumeTiming();
         const auto start = std::chrono::steady_clock::now();
         body(work.data());
         benchmark::ClobberMemory();
         total += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        scratch = std::max(scratch, heap::peak - held_before - output_bytes);
     }
+    state.counters["scratch_MB"] = static_cast<double>(scratch) / (1 << 20);
     return total / static_cast<double>(state.iterations());
 }
 
@@ -121,7 +161,7 @@ void BM_Filter(benchmark::State& state)
         crop_block(data, shape, c.x, c.y, c.z, ComplexPlanes{out.get(), out.get() + 1, 2});
         weight_in_place(data, shape, c.x, c.y, c.z);
         benchmark::DoNotOptimize(out.get());
-    });
+    }, 2 * block * sizeof(float));
     report(state, "filter" + std::to_string(axes), seconds);
 }
 
