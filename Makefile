@@ -28,13 +28,14 @@ check:
 	cmake --build $(BUILD_DIR) -j2
 	ctest --test-dir $(BUILD_DIR) --output-on-failure
 
-# Core benchmarks, then homodyne_recon beside Debian's bart (bench/RESULTS.md).
+# The C++ core benchmarks, the MEX commands timed from Octave, homodyne_recon
+# beside Debian's bart and the vectorized chain, and the accuracy beside bart:
+# one table, printed and kept in bench/RESULTS.md (about 5 minutes).
 bench: mex
 	@scripts/ensure_deps.sh $(BENCH_PACKAGES) bart octave-bart
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
 	cmake --build $(BUILD_DIR) -j2 --target core_bench
-	$(BUILD_DIR)/bench/core_bench
-	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); compare_bart"
+	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
 
 clean:
 	rm -rf $(BUILD_DIR) out matlab/homodyne_mex.mex

@@ -1,4 +1,4 @@
-function compare_bart(results_file)
+function report = compare_bart(results_file)
 %COMPARE_BART  homodyne_recon beside BART's homodyne command on the demo's phantom.
 %
 %   COMPARE_BART reconstructs partial-Fourier k-spaces of the 256 x 256 x 64
@@ -8,6 +8,8 @@ function compare_bart(results_file)
 %   reference and the median time of three runs (after a warm-up run) to
 %   bench/RESULTS.md, with the date and the machine, and prints the same.
 %   COMPARE_BART(RESULTS_FILE) writes to RESULTS_FILE instead.
+%   REPORT = COMPARE_BART() returns that markdown text and neither prints
+%   nor writes it (RUN_BENCHMARKS puts it into its own report).
 %
 %   BART's conventions differ from ours in three ways, bridged here:
 %   - it expects the acquired part of an axis at the low-index end, so a
@@ -26,6 +28,8 @@ function compare_bart(results_file)
 %
 %   Example (from the repository root, after make mex):
 %     addpath('matlab'); addpath('bench'); compare_bart
+%
+%   See also RUN_BENCHMARKS, MACHINE_DESCRIPTION.
 
   here = fileparts(mfilename('fullpath'));
   if nargin < 1
@@ -34,7 +38,7 @@ function compare_bart(results_file)
   if exist('bart', 'file') ~= 2
     error('compare_bart: octave-bart''s bart() is not on the path; install bart and octave-bart.');
   end
-  machine = machine_description();   % before OMP_NUM_THREADS, which nproc obeys
+  machine = machine_description();
   setenv('OMP_NUM_THREADS', '1');
   if exist('OCTAVE_VERSION', 'builtin') ~= 0
     restore_threads = fftw('threads');
@@ -75,6 +79,9 @@ function compare_bart(results_file)
     maxNumCompThreads(restore_threads);
   end
   report = results_markdown(rows, sizes, machine);
+  if nargout > 0
+    return;
+  end
   fprintf('%s', report);
   fid = fopen(results_file, 'w');
   fprintf(fid, '%s', report);
@@ -161,14 +168,6 @@ end
 function label = bart_label(dims)
   names = 'xyz';
   label = ['bart homodyne, ' strjoin(arrayfun(@(d) names(d), dims, 'UniformOutput', false), ' then ')];
-end
-
-function machine = machine_description()
-  [~, cpu] = system('grep -m1 "model name" /proc/cpuinfo');
-  [~, cores] = system('nproc');
-  [~, bart_version] = system('bart version');
-  machine = sprintf('%s (%s cores, `nproc`), GNU Octave %s, BART %s', strtrim(regexprep(cpu, '.*:', '')), ...
-                    strtrim(cores), version(), strtrim(bart_version));
 end
 
 function text = results_markdown(rows, sizes, machine)
