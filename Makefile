@@ -7,7 +7,12 @@ MEX_PACKAGES := octave liboctave-dev g++ make
 CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev
 BENCH_PACKAGES := $(CHECK_PACKAGES) libbenchmark-dev
 
-.PHONY: all mex demo check bench clean
+SANITIZE_BUILD_DIR ?= build-sanitize
+FUZZ_BUILD_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 30
+FUZZ_PACKAGES := clang libclang-rt-14-dev cmake make
+
+.PHONY: all mex demo check check-sanitize fuzz bench clean
 
 all: mex
 
@@ -28,6 +33,22 @@ check:
 	cmake --build $(BUILD_DIR) -j2
 	ctest --test-dir $(BUILD_DIR) --output-on-failure
 
+# The same tests against unit tests and MEX files built with AddressSanitizer
+# and UndefinedBehaviorSanitizer; any report fails its test.
+check-sanitize:
+	@scripts/ensure_deps.sh $(CHECK_PACKAGES)
+	cmake -S . -B $(SANITIZE_BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_SANITIZE=ON
+	cmake --build $(SANITIZE_BUILD_DIR) -j2
+	ctest --test-dir $(SANITIZE_BUILD_DIR) --output-on-failure
+
+# libFuzzer targets of the numeric core (clang), FUZZ_SECONDS each, starting
+# from the seeds and past findings in fuzz/corpus/.
+fuzz:
+	@scripts/ensure_deps.sh $(FUZZ_PACKAGES)
+	cmake -S fuzz -B $(FUZZ_BUILD_DIR) -DCMAKE_CXX_COMPILER=clang++
+	cmake --build $(FUZZ_BUILD_DIR) -j2
+	scripts/run_fuzzers.sh $(FUZZ_BUILD_DIR) $(FUZZ_SECONDS)
+
 # The C++ core benchmarks, the MEX commands timed from Octave, homodyne_recon
 # beside Debian's bart and the vectorized chain, and the accuracy beside bart:
 # one table, printed and kept in bench/RESULTS.md (about 5 minutes).
@@ -38,4 +59,4 @@ bench: mex
 	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
 
 clean:
-	rm -rf $(BUILD_DIR) out matlab/homodyne_mex.mex
+	rm -rf $(BUILD_DIR) $(SANITIZE_BUILD_DIR) $(FUZZ_BUILD_DIR) out matlab/homodyne_mex.mex

@@ -16,7 +16,7 @@ foreach(layout IN LISTS HOMODYNE_MEX_LAYOUTS)
   add_custom_command(
     OUTPUT ${out_dir}/homodyne_mex.mex
     COMMAND ${OCTAVE_CLI} --no-gui --quiet --norc --eval
-      "addpath('${PROJECT_SOURCE_DIR}/matlab'); build_homodyne_mex('Layout', '${layout}', 'OutputDir', '${out_dir}', 'ExtraFlags', '${HOMODYNE_MEX_EXTRA_FLAGS}');"
+      "addpath('${PROJECT_SOURCE_DIR}/matlab'); build_homodyne_mex('Layout', '${layout}', 'OutputDir', '${out_dir}', 'ExtraFlags', '${HOMODYNE_MEX_SANITIZER_FLAGS} ${HOMODYNE_MEX_EXTRA_FLAGS}');"
     DEPENDS ${HOMODYNE_MEX_INPUTS}
     COMMENT "Building homodyne_mex (${layout} complex layout)"
     VERBATIM)

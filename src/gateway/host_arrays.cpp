@@ -22,22 +22,6 @@ bool is_empty_by_first_dimension(const std::vector<std::int64_t>& dims)
     return dims.empty() || dims[0] == 0;
 }
 
-bool fits_32bit_indexing(const std::vector<std::int64_t>& dims)
-{
-    constexpr std::int64_t limit = std::int64_t{1} << 31;
-    std::int64_t elements = 1;
-    for (const std::int64_t size : dims) {
-        if (size < 0 || size >= limit) {
-            return false;
-        }
-        elements = elements * size;  // stays below 2^62: both factors < 2^31
-        if (elements >= limit) {
-            return false;
-        }
-    }
-    return true;
-}
-
 #if MX_HAS_INTERLEAVED_COMPLEX
 
 // Octave 7 refuses mxGetComplexSingles on single arrays ("type mismatch"), so

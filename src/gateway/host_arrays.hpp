@@ -19,10 +19,6 @@ std::vector<std::int64_t> dimensions_of(const mxArray* array);
 // dimension is 0; later dimensions are not looked at.
 bool is_empty_by_first_dimension(const std::vector<std::int64_t>& dims);
 
-// Every size and the element count stay below 2^31, so that 32-bit index
-// arithmetic cannot overflow.
-bool fits_32bit_indexing(const std::vector<std::int64_t>& dims);
-
 // A writable view of the samples of a single-precision array, in the caller's
 // own storage where the host allows it. In the interleaved build the view
 // reaches the caller's variable for real and complex data. In the separate

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "common/index_limits.hpp"
 #include "gateway/host_arrays.hpp"
 #include "gateway/host_error.hpp"
 #include "homodyne/homodyne_filter.hpp"
@@ -110,7 +111,7 @@ void ApplyHomodyneFilter(int /*nlhs*/, mxArray** plhs, int nrhs, const mxArray**
         }
     }
     if (!fits_32bit_indexing(data_dims)) {
-        refuse("Data is too large: every dimension and the number of elements must stay below 2^31.");
+        refuse("Data is too large: every dimension and the product of the nonzero dimensions must stay below 2^31.");
     }
 
     VolumeShape shape;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "common/index_limits.hpp"
 #include "gateway/host_arrays.hpp"
 #include "gateway/host_error.hpp"
 #include "phase/phase_transfer.hpp"
@@ -76,10 +77,10 @@ void AddLowResPhase(int /*nlhs*/, mxArray** /*plhs*/, int nrhs, const mxArray** 
     // Beyond the checks above: what the phase transfer would otherwise read
     // outside the image, or index past the 32-bit arithmetic.
     if (!fits_32bit_indexing(data_dims)) {
-        refuse("Data is too large: every dimension and the number of elements must stay below 2^31.");
+        refuse("Data is too large: every dimension and the product of the nonzero dimensions must stay below 2^31.");
     }
     if (!fits_32bit_indexing(low_dims)) {
-        refuse("The low resolution data is too large: every dimension and the number of elements must stay below 2^31.");
+        refuse("The low resolution data is too large: every dimension and the product of the nonzero dimensions must stay below 2^31.");
     }
     if (element_count(data_dims) > 0) {
         if (element_count(low_dims) == 0) {

@@ -90,7 +90,9 @@ end
 
 function oversized_data(~)
   % Sizes of 2^31 and more would overflow the 32-bit index arithmetic; an array
-  % with such a size and no elements costs no memory.
-  check_refused('Data is too large: every dimension and the number of elements must stay below 2^31.', ...
-                zeros(1, 2^31, 0, 'single'), [], [], []);
+  % with such a size and no elements costs no memory. So would the volume count
+  % of an array that is empty along its first dimensions only.
+  message = 'Data is too large: every dimension and the product of the nonzero dimensions must stay below 2^31.';
+  check_refused(message, zeros(1, 2^31, 0, 'single'), [], [], []);
+  check_refused(message, zeros([1 0 1 2^16 2^16 2^16], 'single'), [], [], []);
 end
