@@ -52,24 +52,35 @@ ContiguousPlanes::ContiguousPlanes(const mxArray* array)
     im_ = split_.data() + n;
 }
 
-// Octave 7 allocates only half the storage of a complex array made by
-// mxCreateNumericArray in this layout, so the host builds it: complex() of a
-// zero-filled real array, which also keeps the result complex on return.
-mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+// Calls the host's function `name` for its one result. These calls can only
+// fail for want of memory.
+mxArray* call_host(const char* name, std::vector<mxArray*> args)
 {
-    const std::vector<mwSize> sizes(dims.begin(), dims.end());
-    mxArray* zeros = mxCreateNumericArray(sizes.size(), sizes.data(), mxSINGLE_CLASS, mxREAL);
-    if (zeros == nullptr) {
-        throw std::bad_alloc();
-    }
     mxArray* result = nullptr;
-    mxArray* failure = mexCallMATLABWithTrap(1, &result, 1, &zeros, "complex");
-    mxDestroyArray(zeros);
+    mxArray* failure = mexCallMATLABWithTrap(1, &result, static_cast<int>(args.size()), args.data(), name);
+    for (mxArray* arg : args) {
+        mxDestroyArray(arg);
+    }
     if (failure != nullptr) {
         mxDestroyArray(failure);
         throw std::bad_alloc();
     }
     return result;
+}
+
+// Octave 7 allocates only half the storage of a complex array made by
+// mxCreateNumericArray in this layout, so the host builds it: complex() of
+// zeros(dims, 'single'), which also keeps the result complex on return. The
+// zeros are the host's own array, so they are not copied on the way in.
+mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+{
+    mxArray* size = mxCreateDoubleMatrix(1, dims.size(), mxREAL);
+    double* sizes = static_cast<double*>(mxGetData(size));
+    for (std::size_t d = 0; d < dims.size(); ++d) {
+        sizes[d] = static_cast<double>(dims[d]);
+    }
+    mxArray* zeros = call_host("zeros", {size, mxCreateString("single")});
+    return call_host("complex", {zeros});
 }
 
 #else

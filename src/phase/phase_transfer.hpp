@@ -26,8 +26,9 @@ using DimensionList = std::vector<std::uint32_t>;
 // When both dimension lists are equal the image already lies on the data's
 // grid and is used as it is, without interpolation.
 //
-// The caller guarantees: equal list lengths (>= 3), no zero size in the image,
-// an image holding at least as many volumes as the data, and element counts
-// below 2^31 in both. `low_im` may be null (real image).
+// The caller guarantees: equal list lengths (>= 3); when the data have
+// samples, no zero size in the image and at least as many image volumes as
+// data volumes (data without samples read nothing); element counts below
+// 2^31 in both. `low_im` may be null (real image).
 void AddLowResPhase(const ComplexPlanes& data, const DimensionList& data_dims, const float* low_re,
                     const float* low_im, const DimensionList& low_dims);
