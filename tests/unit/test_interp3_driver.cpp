@@ -1,333 +1,231 @@
-// The Interp3 driver end to end: every method on both paths, null and
-// explicit grids, against the test's reference evaluation.
+// The Interp3 library: every kernel family and member on both driver paths
+// against the plain reference, then the worked values of the driver and
+// kernels.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cstring>
-#include <functional>
-#include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "interp3_reference.hpp"
-#include "interpolation/interp3.hpp"
 
 namespace {
 
 using namespace interp3_reference;
-using Interp3::InterpolationMethod;
+const InterpolationMethod kMethods[] = {Interp3::NEAREST, Interp3::LINEAR, Interp3::BICUBIC};
 
-InterpolationMethod library_method(Method m) {
-    switch (m) {
-        case Method::Nearest: return Interp3::NEAREST;
-        case Method::Linear: return Interp3::LINEAR;
-        case Method::Cubic: return Interp3::BICUBIC;
-    }
-    return Interp3::NEAREST;
+// Index-space positions along an axis of n samples: beyond, on and next to
+// both borders, a generic fraction, the middle (where the kernels skip
+// clamping once an axis is large enough), NaN and beyond 32-bit range.
+Floats positions(int n) {
+    const float last = n - 1.0f;
+    return {kNan, -3e9f, -3.7f, -0.5f, 0.0f, 0.5f, 1.37f, last * 0.5f + 0.21f,
+            last - 1.4f, last - 0.5f, last, last + 0.5f, last + 2.3f};
 }
 
-const char* method_name(Method m) {
-    switch (m) {
-        case Method::Nearest: return "Nearest";
-        case Method::Linear: return "Linear";
-        case Method::Cubic: return "Cubic";
-    }
-    return "";
-}
+// Extent (first, last coordinate) of the explicit grids per axis x, y, z;
+// y runs downwards.
+const float kFirst[3] = {-2.5f, 10.0f, 0.5f}, kLast[3] = {4.0f, 3.0f, 1.75f};
+const int kMaxVolumes = 12;
+enum Path { kSingle, kMulti, kMultiFiveDims, kGeneralKernel };
 
-// Output buffers start out filled with this NaN so that untouched elements
-// can be told from written ones.
-float sentinel() {
-    const std::uint32_t bits = 0x7fa5a5a5u;
-    float f;
-    std::memcpy(&f, &bits, sizeof f);
-    return f;
-}
-
-bool all_sentinel(const float* begin, const float* end) {
-    const float s = sentinel();
-    for (const float* p = begin; p != end; ++p) {
-        if (std::memcmp(p, &s, sizeof s) != 0) return false;
-    }
-    return true;
-}
-
-// Physical extent of an explicit grid axis, and the map it implies from a
-// coordinate to the 1-based sample index (first -> 1, last -> size).
-struct AxisSpan {
-    float first, last;
-    float at(float index, int size) const {
-        return static_cast<float>(first + (static_cast<double>(last) - first) *
-                                              index / (size - 1));
-    }
-    AxisMap map(int size) const {
-        AxisMap m;
-        m.scale = static_cast<float>(1 - size) / (first - last);
-        m.offset = 1.0f - first * m.scale;
-        return m;
-    }
-};
-
-// The explicit grids' extents; y runs downwards on purpose.
-const AxisSpan kSpanX{-2.5f, 4.0f}, kSpanY{10.0f, 3.0f}, kSpanZ{0.5f, 1.75f};
-
-// Grid arrays of `total` elements (all samples of all volumes) in which only
-// the first element and the far corner at total - 1 hold coordinates: the
-// driver must read nothing else, so everything in between is NaN.
-struct Grid {
-    std::vector<float> x, y, z;
+// Volumes and a lattice of query points over them (x fastest), in index space
+// or, with an explicit grid, carried to the grid's coordinates.
+struct Sweep {
+    Volumes vol;
+    bool grid;
+    Floats q[3];
+    unsigned dims[3];  // lattice points along x, y, z
     Map map;
 };
 
-Grid sparse_explicit_grid(int d0, int d1, int d2, size_t total) {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    Grid g{std::vector<float>(total, nan), std::vector<float>(total, nan),
-           std::vector<float>(total, nan),
-           {kSpanX.map(d1), kSpanY.map(d0), kSpanZ.map(d2)}};
-    g.x.front() = kSpanX.first, g.x.back() = kSpanX.last;
-    g.y.front() = kSpanY.first, g.y.back() = kSpanY.last;
-    g.z.front() = kSpanZ.first, g.z.back() = kSpanZ.last;
-    return g;
-}
-
-// Index-space queries carried over to the explicit grid's coordinates.
-Queries to_physical(const Queries& q, int d0, int d1, int d2) {
-    Queries p;
-    for (long long i = 0; i < q.size(); ++i) {
-        p.x.push_back(kSpanX.at(q.x[i], d1));
-        p.y.push_back(kSpanY.at(q.y[i], d0));
-        p.z.push_back(kSpanZ.at(q.z[i], d2));
+Sweep make_sweep(Volumes vol, bool grid) {
+    Sweep s{std::move(vol), grid, {}, {}, {}};
+    const int n_axis[3] = {s.vol.d[1], s.vol.d[0], s.vol.d[2]};  // samples along x, y, z
+    Floats p[3];
+    for (int a = 0; a < 3; ++a) p[a] = positions(n_axis[a]), s.dims[a] = unsigned(p[a].size());
+    for (float z : p[2]) for (float y : p[1]) for (float x : p[0]) {
+        s.q[0].push_back(x), s.q[1].push_back(y), s.q[2].push_back(z);
     }
-    return p;
-}
-
-enum class Path { SingleVolume, MultiVolume, MultiVolumeFiveDims };
-
-struct SweepCase {
-    Method method;
-    Path path;
-    bool explicit_grid;
-    int volumes;
-};
-
-std::string case_name(const ::testing::TestParamInfo<SweepCase>& info) {
-    const SweepCase& c = info.param;
-    const char* path = c.path == Path::SingleVolume  ? "Single"
-                       : c.path == Path::MultiVolume ? "Multi"
-                                                     : "MultiFiveDims";
-    return std::string(method_name(c.method)) + path +
-           (c.explicit_grid ? "ExplicitGrid" : "NullGrid") +
-           std::to_string(c.volumes) + "Volumes";
-}
-
-std::vector<SweepCase> sweep_cases() {
-    std::vector<SweepCase> cases;
-    for (Method m : {Method::Nearest, Method::Linear, Method::Cubic}) {
-        for (bool explicit_grid : {false, true}) {
-            cases.push_back({m, Path::SingleVolume, explicit_grid, 1});
-            for (int v = 1; v <= 12; ++v) {
-                cases.push_back({m, Path::MultiVolume, explicit_grid, v});
-                cases.push_back({m, Path::MultiVolumeFiveDims, explicit_grid, v});
-            }
+    for (int a = 0; grid && a < 3; ++a) {
+        s.map.scale[a] = static_cast<float>(1 - n_axis[a]) / (kFirst[a] - kLast[a]);
+        s.map.offset[a] = 1.0f - kFirst[a] * s.map.scale[a];
+        for (float& c : s.q[a]) {
+            c = static_cast<float>(kFirst[a] + (double(kLast[a]) - kFirst[a]) * c / (n_axis[a] - 1));
         }
     }
-    return cases;
+    return s;
 }
 
-// Dimension list of a volume set for the given path.
-std::vector<unsigned> dims_for(Path path, unsigned a, unsigned b, unsigned c,
-                               unsigned volumes) {
-    switch (path) {
-        case Path::SingleVolume: return {a, b, c};
-        case Path::MultiVolume: return {a, b, c, volumes};
-        case Path::MultiVolumeFiveDims: return {a, b, c, 1, volumes};
+// Runs the first v volumes through `path`, with no query points unless
+// `keep`. The output has a volume's worth of sentinels beyond what may be
+// written, so that overruns show as mismatches.
+Floats run(const Sweep& s, InterpolationMethod m, Path path, int v, bool keep) {
+    const long long points = static_cast<long long>(s.q[0].size());
+    Floats data = s.vol.v, out(points * (std::max(v, 0) + 1) + 16, kSentinel);
+    const auto& d = s.vol.d;
+    if (path == kGeneralKernel) {
+        const auto kernel = m == Interp3::NEAREST  ? Interp3::interpolate_nearest<float, float>
+                            : m == Interp3::LINEAR ? Interp3::interpolate_linear<float, float>
+                                                   : Interp3::interpolate_bicubic<float, float>;
+        kernel(out.data(), data.data(), s.q[0].data(), s.q[1].data(), s.q[2].data(),
+               keep ? points : -1, d[0], d[1], d[2], v, s.map.scale[0], s.map.offset[0],
+               s.map.scale[1], s.map.offset[1], s.map.scale[2], s.map.offset[2]);
+        return out;
     }
-    return {};
-}
-
-class Interp3DriverSweep : public ::testing::TestWithParam<SweepCase> {};
-
-// Every axis length from 1 to 6 appears on every axis; the larger volumes
-// also reach the kernels' unclamped interiors. Explicit grids need two
-// samples per axis at least (one sample has no spacing to map from).
-const std::vector<std::array<int, 3>> kNullGridSizes = {
-    {1, 1, 1}, {2, 3, 4}, {4, 5, 6}, {6, 1, 3}, {3, 6, 2},
-    {5, 4, 1}, {1, 2, 5}, {6, 6, 6}, {9, 8, 7}};
-const std::vector<std::array<int, 3>> kExplicitGridSizes = {
-    {2, 2, 2}, {2, 3, 4}, {4, 5, 6}, {6, 2, 3}, {3, 6, 5}, {5, 4, 2}, {8, 9, 7}};
-
-TEST_P(Interp3DriverSweep, MatchesReference) {
-    const SweepCase c = GetParam();
-    const unsigned p = 12, q = 10, r = 8;  // query dims: 960 points per volume
-    const auto& sizes = c.explicit_grid ? kExplicitGridSizes : kNullGridSizes;
-    unsigned seed = 1;
-    for (const auto& [d0, d1, d2] : sizes) {
-        SCOPED_TRACE(::testing::Message() << "volume " << d0 << "x" << d1 << "x" << d2);
-        const Volumes v = random_volumes(d0, d1, d2, c.volumes, ++seed);
-        Queries queries = index_space_queries(d0, d1, d2, p * q * r, ++seed);
-        Grid grid;
-        if (c.explicit_grid) {
-            grid = sparse_explicit_grid(d0, d1, d2, v.samples.size());
-            queries = to_physical(queries, d0, d1, d2);
-        }
-        const std::vector<float> expected =
-            evaluate_all(c.method, v, queries, grid.map);
-
-        std::vector<float> data = v.samples;
-        const size_t guard = 16;
-        std::vector<float> out(expected.size() + guard, sentinel());
-        Interp3::interp3<float, float>(
-            c.explicit_grid ? grid.x.data() : nullptr,
-            c.explicit_grid ? grid.y.data() : nullptr,
-            c.explicit_grid ? grid.z.data() : nullptr, data.data(),
-            dims_for(c.path, d0, d1, d2, c.volumes), queries.x.data(),
-            queries.y.data(), queries.z.data(),
-            dims_for(c.path, p, q, r, c.volumes), library_method(c.method),
-            out.data());
-
-        EXPECT_TRUE(same_values({out.begin(), out.end() - guard}, expected));
-        EXPECT_TRUE(all_sentinel(out.data() + expected.size(),
-                                 out.data() + out.size()));
+    // Grids as long as all volumes' samples: only the first element and the
+    // far corner at the end may be read, all else is NaN.
+    Floats g[3];
+    for (int a = 0; s.grid && a < 3; ++a) {
+        g[a].assign(s.vol.size() * v, kNan);
+        g[a].front() = kFirst[a], g[a].back() = kLast[a];
     }
-}
-
-INSTANTIATE_TEST_SUITE_P(AllMethodsPathsAndVolumeCounts, Interp3DriverSweep,
-                         ::testing::ValuesIn(sweep_cases()), case_name);
-
-// Runs interp3 with null grids; returns the whole output buffer.
-std::vector<float> run_null_grid(Method method, Volumes v, Queries q,
-                                 std::vector<unsigned> data_dims,
-                                 std::vector<unsigned> query_dims,
-                                 size_t out_size) {
-    std::vector<float> out(out_size, sentinel());
-    Interp3::interp3<float, float>(nullptr, nullptr, nullptr, v.samples.data(),
-                                   data_dims, q.x.data(), q.y.data(), q.z.data(),
-                                   query_dims, library_method(method), out.data());
+    const unsigned uv = unsigned(v);
+    std::vector<unsigned> dd{unsigned(d[0]), unsigned(d[1]), unsigned(d[2])};
+    std::vector<unsigned> qd{s.dims[0] * keep, s.dims[1], s.dims[2]};
+    if (path == kMulti) dd.push_back(uv), qd.push_back(uv);
+    if (path == kMultiFiveDims) dd.insert(dd.end(), {uv, 1}), qd.insert(qd.end(), {1, uv});
+    // Query arrays as long as all volumes' points, as callers build them; only
+    // the first `points` may be read, the rest is NaN.
+    Floats q[3] = {s.q[0], s.q[1], s.q[2]};
+    for (Floats& c : q) c.resize(points * v, kNan);
+    Interp3::interp3<float, float>(s.grid ? g[0].data() : nullptr, s.grid ? g[1].data() : nullptr,
+                                   s.grid ? g[2].data() : nullptr, data.data(), dd, q[0].data(),
+                                   q[1].data(), q[2].data(), qd, m, out.data());
     return out;
 }
 
-TEST(Interp3Driver, ExactAtSamplePositionsWithNullGrids) {
-    const int d0 = 4, d1 = 5, d2 = 3, volumes = 3;
-    const Volumes v = random_volumes(d0, d1, d2, volumes, 7);
-    Queries q;  // every sample, in storage order
-    for (int s = 0; s < d2; ++s)
-        for (int c = 0; c < d1; ++c)
-            for (int r = 0; r < d0; ++r) {
-                q.x.push_back(static_cast<float>(c));
-                q.y.push_back(static_cast<float>(r));
-                q.z.push_back(static_cast<float>(s));
+// Single path (one volume), multi-volume path with 1 to 12 volumes given by
+// the fourth or the fifth query dimension (1 to 9 unrolled, nearest's 1 the
+// driver's loop, 10 to 12 general), and the general kernels called directly
+// with -1 to 12 volumes; each also with no query points (count 0, or -1 for
+// the direct calls).
+TEST(Interp3, EveryFamilyMemberAndPathMatchesReference) {
+    const std::array<int, 3> sizes[] = {{1, 1, 1}, {2, 3, 4}, {4, 5, 6}, {6, 1, 3}, {3, 6, 2},
+                                        {5, 4, 1}, {1, 2, 5}, {2, 2, 2}, {9, 8, 7}};
+    std::mt19937 rng(1);
+    for (const auto& d : sizes) {
+        const Volumes vol = random_volumes(d, kMaxVolumes, rng);
+        for (bool grid : {false, true}) {
+            if (grid && std::min({d[0], d[1], d[2]}) < 2) continue;  // no spacing to map
+            const Sweep s = make_sweep(vol, grid);
+            for (InterpolationMethod m : kMethods) {
+                const Floats all = reference_all(m, vol, kMaxVolumes, s.q, s.map);
+                for (Path path : {kSingle, kMulti, kMultiFiveDims, kGeneralKernel}) {
+                    for (int v = path == kGeneralKernel ? -1 : 1;
+                         v <= (path == kSingle ? 1 : kMaxVolumes); ++v) {
+                        for (bool keep : {true, false}) {
+                            const size_t written = keep ? s.q[0].size() * std::max(v, 0) : 0;
+                            EXPECT_TRUE(matches(run(s, m, path, v, keep),
+                                                Floats(all.begin(), all.begin() + written)))
+                                << "method " << m << ", size " << d[0] << "x" << d[1] << "x"
+                                << d[2] << (grid ? ", explicit grid" : ", null grid") << ", path "
+                                << path << ", " << v << " volumes" << (keep ? "" : ", no points");
+                        }
+                    }
+                }
             }
-    const unsigned n = d0 * d1 * d2;
-    for (Method m : {Method::Nearest, Method::Linear, Method::Cubic}) {
-        SCOPED_TRACE(method_name(m));
-        const std::vector<float> single =
-            run_null_grid(m, v, q, {d0, d1, d2}, {n, 1, 1}, n);
-        EXPECT_TRUE(same_bits(single, {v.samples.begin(), v.samples.begin() + n}));
-        const std::vector<float> multi = run_null_grid(
-            m, v, q, {d0, d1, d2, volumes}, {n, 1, 1, volumes}, n * volumes);
-        EXPECT_TRUE(same_bits(multi, v.samples));
-    }
-}
-
-TEST(Interp3Driver, BorderLatticeMatchesReference) {
-    // Every combination of border, margin and outside positions, in volumes
-    // large enough for the kernels' unclamped interiors.
-    for (const auto& [d0, d1, d2] : {std::array<int, 3>{9, 8, 7},
-                                     std::array<int, 3>{7, 10, 8}}) {
-        const Volumes v = random_volumes(d0, d1, d2, 3, 5);
-        const Queries q = border_lattice(d0, d1, d2);
-        const unsigned n = static_cast<unsigned>(q.size());
-        for (Method m : {Method::Nearest, Method::Linear, Method::Cubic}) {
-            EXPECT_TRUE(same_values(
-                run_null_grid(m, v, q, {unsigned(d0), unsigned(d1), unsigned(d2), 3},
-                              {n, 1, 1, 3}, 3 * n),
-                evaluate_all(m, v, q, Map{})))
-                << method_name(m) << ", " << d0 << "x" << d1 << "x" << d2;
         }
     }
 }
 
-std::string thrown_text(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const char* message) {
-        return message;
+// A line of six samples holding their own index, laid along x, y and z in turn.
+TEST(Interp3, NearestRoundsHalvesUpAndSendsNanAndHugeToTheLastSample) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const Floats coords{-0.5f, 0.49f, 0.5f, 1.5f, 2.5f, 4.5f, 5.0f, -100.0f,
+                        100.0f, kNan, inf, -inf, 3e9f, -3e9f};
+    const Floats expected{0, 0, 1, 2, 3, 5, 5, 0, 5, 5, 5, 5, 5, 5};
+    Floats line{0, 1, 2, 3, 4, 5};
+    const unsigned n = unsigned(coords.size());
+    for (int axis = 0; axis < 3; ++axis) {
+        std::vector<unsigned> dims{1, 1, 1};
+        dims[axis == 0 ? 1 : axis == 1 ? 0 : 2] = 6;
+        Floats q[3] = {Floats(n, 0.0f), Floats(n, 0.0f), Floats(n, 0.0f)}, out(n);
+        q[axis] = coords;
+        Interp3::interp3<float, float>(nullptr, nullptr, nullptr, line.data(), dims,
+                                       q[0].data(), q[1].data(), q[2].data(), {n, 1, 1},
+                                       Interp3::NEAREST, out.data());
+        EXPECT_EQ(out, expected) << "axis " << axis;
     }
-    return "<nothing thrown>";
 }
 
-TEST(Interp3Driver, UnknownMethodThrowsBeforeWriting) {
-    Volumes v = random_volumes(3, 3, 3, 2, 11);
-    Queries q = index_space_queries(3, 3, 3, 8, 12);
-    for (int method : {3, -1, 1000}) {
-        for (const std::vector<unsigned>& data_dims :
-             {std::vector<unsigned>{3, 3, 3}, std::vector<unsigned>{3, 3, 3, 2}}) {
-            std::vector<float> out(16, sentinel());
-            const std::vector<unsigned> query_dims =
-                data_dims.size() == 3 ? std::vector<unsigned>{8, 1, 1}
-                                      : std::vector<unsigned>{8, 1, 1, 2};
-            EXPECT_EQ(thrown_text([&] {
-                          Interp3::interp3<float, float>(
-                              nullptr, nullptr, nullptr, v.samples.data(),
-                              data_dims, q.x.data(), q.y.data(), q.z.data(),
-                              query_dims,
-                              static_cast<InterpolationMethod>(method),
-                              out.data());
-                      }),
-                      "Error in Interp3: Unimplemented interpolation method.")
-                << "method " << method << ", " << data_dims.size() << " dims";
-            EXPECT_TRUE(all_sentinel(out.data(), out.data() + out.size()));
+TEST(Interp3, SamplePositionsGiveTheSampleAndCubicNanCoordinatesGiveNan) {
+    std::mt19937 rng(3);
+    Volumes vol = random_volumes({4, 5, 3}, 3, rng);
+    Floats q[3];  // every sample of a volume, in storage order
+    for (int s = 0; s < 3; ++s) for (int c = 0; c < 5; ++c) for (int r = 0; r < 4; ++r) {
+        q[0].push_back(float(c)), q[1].push_back(float(r)), q[2].push_back(float(s));
+    }
+    const unsigned n = 60;
+    for (InterpolationMethod m : kMethods) {
+        Floats data = vol.v, out(3 * n);
+        if (m == Interp3::NEAREST) {  // nearest copies any bit pattern unchanged
+            const std::uint32_t bits[] = {0x7fc12345u, 0xffa00001u, 0x80000000u, 0x7f800000u};
+            std::memcpy(data.data() + 7, bits, sizeof bits);
+        }
+        Interp3::interp3<float, float>(nullptr, nullptr, nullptr, data.data(), {4, 5, 3, 3},
+                                       q[0].data(), q[1].data(), q[2].data(), {n, 1, 1, 3},
+                                       m, out.data());
+        EXPECT_EQ(std::memcmp(out.data(), data.data(), out.size() * sizeof(float)), 0)
+            << "method " << m;
+    }
+    // Halfway between columns 0 and 1 trilinear gives their mean.
+    vol.v[0] = 3.0f, vol.v[4] = 10.0f;
+    float half = 0, x = 0.5f, zero = 0;
+    Interp3::interp3<float, float>(nullptr, nullptr, nullptr, vol.v.data(), {4, 5, 3}, &x,
+                                   &zero, &zero, {1, 1, 1}, Interp3::LINEAR, &half);
+    EXPECT_EQ(half, 6.5f);
+    // A NaN coordinate on any axis gives NaN in every volume.
+    Floats nan_q[3] = {{kNan, 1.5f, 1.5f}, {2.0f, kNan, 2.0f}, {0.5f, 0.5f, kNan}}, out(9);
+    Interp3::interp3<float, float>(nullptr, nullptr, nullptr, vol.v.data(), {4, 5, 3, 3},
+                                   nan_q[0].data(), nan_q[1].data(), nan_q[2].data(),
+                                   {3, 1, 1, 3}, Interp3::BICUBIC, out.data());
+    for (float value : out) EXPECT_TRUE(std::isnan(value));
+}
+
+TEST(Interp3, UnknownMethodThrowsTheTextAndWritesNothing) {
+    Floats data(54, 1.0f), q(4, 0.5f), out(8, 42.0f);
+    for (int method : {3, -1}) {
+        for (unsigned volumes : {0u, 2u}) {  // 0: the single-volume path
+            std::vector<unsigned> dd{3, 3, 3}, qd{4, 1, 1};
+            if (volumes) dd.push_back(volumes), qd.push_back(volumes);
+            std::string text = "<nothing thrown>";
+            try {
+                Interp3::interp3<float, float>(nullptr, nullptr, nullptr, data.data(), dd,
+                                               q.data(), q.data(), q.data(), qd,
+                                               static_cast<InterpolationMethod>(method), out.data());
+            } catch (const char* thrown) {
+                text = thrown;
+            }
+            EXPECT_EQ(text, "Error in Interp3: Unimplemented interpolation method.")
+                << "method " << method << ", " << dd.size() << " data dims";
+            EXPECT_EQ(out, Floats(8, 42.0f));
         }
     }
 }
 
-TEST(Interp3Driver, SingleVolumePathUsesOnlyFirstThreeQueryDims) {
-    const Volumes v = random_volumes(4, 3, 2, 1, 21);
-    const Queries q = index_space_queries(4, 3, 2, 2 * 3 * 4, 22);
-    for (Method m : {Method::Nearest, Method::Linear, Method::Cubic}) {
-        SCOPED_TRACE(method_name(m));
-        const std::vector<float> out =
-            run_null_grid(m, v, q, {4, 3, 2}, {2, 3, 4, 2}, 2 * 24);
-        EXPECT_TRUE(same_values({out.begin(), out.begin() + 24},
-                                evaluate_all(m, v, q, Map{})));
-        EXPECT_TRUE(all_sentinel(out.data() + 24, out.data() + out.size()));
-    }
-}
-
-TEST(Interp3Driver, VolumeCountComesFromQueryDims) {
-    const Volumes three = random_volumes(3, 4, 2, 3, 31);
-    const Queries q = index_space_queries(3, 4, 2, 10, 32);
-    for (Method m : {Method::Nearest, Method::Linear, Method::Cubic}) {
-        SCOPED_TRACE(method_name(m));
-        // data_dims claim one volume, query_dims ask for three: three are done.
-        EXPECT_TRUE(same_values(run_null_grid(m, three, q, {3, 4, 2, 1},
-                                              {10, 1, 1, 3}, 30),
-                                evaluate_all(m, three, q, Map{})));
-        // data_dims claim three volumes, three query dims mean one volume.
-        const std::vector<float> out =
-            run_null_grid(m, three, q, {3, 4, 2, 3}, {10, 1, 1}, 30);
-        Volumes first = three;
-        first.count = 1;
-        EXPECT_TRUE(same_values({out.begin(), out.begin() + 10},
-                                evaluate_all(m, first, q, Map{})));
-        EXPECT_TRUE(all_sentinel(out.data() + 10, out.data() + out.size()));
-    }
-}
-
-TEST(Interp3Driver, ZeroQueryCountWritesNothing) {
-    const Volumes v = random_volumes(3, 3, 3, 2, 41);
-    const Queries q = index_space_queries(3, 3, 3, 4, 42);
-    struct Call {
-        std::vector<unsigned> data_dims, query_dims;
+TEST(Interp3, VolumeAndPointCountsComeFromQueryDims) {
+    std::mt19937 rng(5);
+    const Volumes vol = random_volumes({3, 4, 2}, 3, rng);
+    const Floats q[3] = {{0.2f, 1.7f, 2.5f, -1.0f, 3.1f, 0.9f},
+                         {1.3f, 0.0f, 2.6f, 0.4f, 1.5f, 5.0f},
+                         {0.7f, 1.0f, 0.1f, 0.5f, -2.0f, 0.8f}};
+    struct Case { std::vector<unsigned> data_dims, query_dims; int volumes; };
+    const Case cases[] = {
+        {{3, 4, 2}, {3, 2, 1, 2}, 1},     // single-volume path: 3 * 2 * 1 points
+        {{3, 4, 2, 1}, {6, 1, 1, 3}, 3},  // data dims say one volume, query dims three
+        {{3, 4, 2, 3}, {6, 1, 1}, 1},     // data dims say three, query dims one
     };
-    for (Method m : {Method::Nearest, Method::Linear, Method::Cubic}) {
-        for (const Call& call : {Call{{3, 3, 3}, {0, 4, 1}},
-                                 Call{{3, 3, 3, 2}, {4, 0, 1, 2}}}) {
-            const std::vector<float> out =
-                run_null_grid(m, v, q, call.data_dims, call.query_dims, 8);
-            EXPECT_TRUE(all_sentinel(out.data(), out.data() + out.size()))
-                << method_name(m) << ", " << call.data_dims.size() << " data dims";
+    for (InterpolationMethod m : kMethods) {
+        for (const Case& c : cases) {
+            Floats data = vol.v, out(24, kSentinel), xq = q[0], yq = q[1], zq = q[2];
+            Interp3::interp3<float, float>(nullptr, nullptr, nullptr, data.data(), c.data_dims,
+                                           xq.data(), yq.data(), zq.data(), c.query_dims, m,
+                                           out.data());
+            EXPECT_TRUE(matches(out, reference_all(m, vol, c.volumes, q, Map{})))
+                << "method " << m << ", " << c.data_dims.size() << " data dims, "
+                << c.query_dims.size() << " query dims";
         }
     }
 }
