@@ -82,11 +82,7 @@ function report = compare_bart(results_file)
   if nargout > 0
     return;
   end
-  fprintf('%s', report);
-  fid = fopen(results_file, 'w');
-  fprintf(fid, '%s', report);
-  fclose(fid);
-  fprintf('Written to %s\n', results_file);
+  publish_report(report, results_file);
 end
 
 function e = nrmse(estimate, reference)

@@ -39,11 +39,7 @@ function run_benchmarks(core_bench, results_file)
             performance_markdown(commands, calls, recon), ...
             interpolation_markdown(interpolation), ...
             regexprep(accuracy, '^#', '##', 'lineanchors')];
-  fprintf('%s', report);
-  fid = fopen(results_file, 'w');
-  fprintf(fid, '%s', report);
-  fclose(fid);
-  fprintf('Written to %s\n', results_file);
+  publish_report(report, results_file);
 end
 
 function text = header_markdown(measured, machine)
