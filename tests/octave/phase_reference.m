@@ -1,7 +1,6 @@
 function out = phase_reference(data, L)
-%PHASE_REFERENCE  Re(data .* conj(L) ./ abs(L)) in single precision, in the
+%PHASE_REFERENCE  Re(data .* conj(L) ./ abs(L)) in single, L on the data's grid, in the
 %   command's order: m = sqrt(a*a + b*b), c = a/m, s = -b/m, re = c*dRe - s*dIm.
-%   L must already lie on the data's grid.
   a = real(L);
   b = imag(L);
   if iscomplex(L)

@@ -1,9 +1,6 @@
 function status = run_octave_tests(test_name, layout)
-%RUN_OCTAVE_TESTS  Run the cases of one test file against one MEX layout.
-%   STATUS = RUN_OCTAVE_TESTS(TEST_NAME, LAYOUT) calls TEST_NAME(), which returns
-%   a cell array of {case_name, @(layout) ...} pairs, runs every case with
-%   LAYOUT ('interleaved' or 'separate'), prints one line per case and a closing
-%   'N passed, N failed' line, and returns 0 when every case passed, else 1.
+%RUN_OCTAVE_TESTS  Run every {case_name, @(layout) ...} row of TEST_NAME() with LAYOUT
+%   ('interleaved' or 'separate'), print a line per case; STATUS 0 if all passed, else 1.
 
   cases = feval(test_name);
   passed = 0;

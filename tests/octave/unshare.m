@@ -1,7 +1,6 @@
 function y = unshare(x)
-%UNSHARE  A copy of X with storage of its own, so an in-place command on it
-%   changes no other variable. Complex arrays stay complex. Cells, structs and
-%   function handles, which the module never writes into, are returned as is.
+%UNSHARE  A copy of X with storage of its own (complex stays complex), so an in-place
+%   command changes no other variable; cells, structs and handles are returned as is.
   if isempty(x) || ~(isnumeric(x) || islogical(x) || ischar(x))
     y = x;
   elseif iscomplex(x)
