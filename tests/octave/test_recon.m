@@ -144,12 +144,7 @@ function refusals(~)
     'the y range [1 5] covers 45 %', @() homodyne_recon(k, 'Ranges', {[], [1 5]})
   };
   for t = 1:size(table, 1)
-    message = '';
-    try
-      table{t, 2}();
-    catch err
-      message = err.message;
-    end
+    message = error_message_of(table{t, 2});
     assert(~isempty(strfind(message, table{t, 1})), 'expected "%s" in "%s"', table{t, 1}, message);
   end
 end

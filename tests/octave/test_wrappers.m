@@ -68,12 +68,7 @@ function clear_errors(~)
       @() homodyne_phase(data, random_complex(2, 2, 2))
   };
   for t = 1:size(table, 1)
-    message = '';
-    try
-      table{t, 2}();
-    catch err
-      message = err.message;
-    end
+    message = error_message_of(table{t, 2});
     assert(strcmp(message, table{t, 1}), 'expected "%s", got "%s"', table{t, 1}, message);
   end
   assert(isequal(data, original));
