@@ -1,5 +1,5 @@
-function mex_file = build_homodyne_mex(varargin)
-%BUILD_HOMODYNE_MEX  Build the homodyne_mex module with the host's own MEX compiler.
+function mex_files = build_homodyne_mex(varargin)
+%BUILD_HOMODYNE_MEX  Build the toolbox's MEX modules with the host's own MEX compiler.
 %
 %   BUILD_HOMODYNE_MEX builds homodyne_mex next to this file for the interleaved
 %   complex layout (-R2018a), which GNU Octave and MATLAB R2018a and later use
@@ -11,7 +11,8 @@ function mex_file = build_homodyne_mex(varargin)
 %   BUILD_HOMODYNE_MEX(..., 'OutputDir', DIR) writes the module into DIR.
 %   BUILD_HOMODYNE_MEX(..., 'ExtraFlags', FLAGS) appends compiler flags, for
 %   example '-fsanitize=address'.
-%   MEX_FILE = BUILD_HOMODYNE_MEX(...) returns the path of the built module.
+%   MEX_FILES = BUILD_HOMODYNE_MEX(...) returns the paths of the built modules
+%   (a cell array): homodyne_mex and every other MEX entry point of the toolbox.
 %
 %   The module is compiled as C++17 with -O3 -ffp-contract=off: its results
 %   are defined bit for bit in single precision, and fused multiply-add (or
@@ -46,26 +47,41 @@ function mex_file = build_homodyne_mex(varargin)
   end
 
   src = fullfile(fileparts(here), 'src');
-  sources = fullfile(src, {'gateway/mex_entry.cpp', 'gateway/host_arrays.cpp', ...
-                           'homodyne/filter_gateway.cpp', 'homodyne/filter_weights.cpp', ...
-                           'homodyne/homodyne_filter.cpp', 'homodyne/pow_third.cpp', 'phase/phase_gateway.cpp', ...
-                           'phase/phase_transfer.cpp'});
   flags = ['-std=c++17 -O3 -ffp-contract=off -fno-fast-math -fno-math-errno -Wall -Wextra ' options.ExtraFlags];
   if ~exist(options.OutputDir, 'dir')
     mkdir(options.OutputDir);
   end
-  mex_file = fullfile(options.OutputDir, ['homodyne_mex.' mexext()]);
+  modules = mex_modules();
+  mex_files = cell(1, numel(modules));
+  for m = 1:numel(modules)
+    mex_files{m} = build_module(modules(m), src, api, flags, options.OutputDir);
+  end
+end
 
+% Every MEX entry point of the toolbox: its name, its sources below src/ and
+% the libraries it links. The first is the homodyne module itself.
+function modules = mex_modules()
+  modules = struct('name', {}, 'sources', {}, 'libraries', {});
+  modules(end + 1) = struct('name', 'homodyne_mex', 'libraries', {{}}, 'sources', ...
+    {{'gateway/mex_entry.cpp', 'gateway/host_arrays.cpp', 'homodyne/filter_gateway.cpp', ...
+      'homodyne/filter_weights.cpp', 'homodyne/homodyne_filter.cpp', 'homodyne/pow_third.cpp', ...
+      'phase/phase_gateway.cpp', 'phase/phase_transfer.cpp'}});
+end
+
+function mex_file = build_module(module, src, api, flags, output_dir)
+  sources = fullfile(src, module.sources);
+  libraries = strcat('-l', module.libraries);
+  mex_file = fullfile(output_dir, [module.name '.' mexext()]);
   if exist('OCTAVE_VERSION', 'builtin') ~= 0
     saved = getenv('CXXFLAGS');
     setenv('CXXFLAGS', flags);
-    [output, status] = mkoctfile('--mex', api, ['-I' src], '-o', mex_file, sources{:});
+    [output, status] = mkoctfile('--mex', api, ['-I' src], '-o', mex_file, sources{:}, libraries{:});
     setenv('CXXFLAGS', saved);
     if status ~= 0
-      error('build_homodyne_mex: compilation failed:\n%s', output);
+      error('build_homodyne_mex: compilation of %s failed:\n%s', module.name, output);
     end
   else
-    mex(api, ['-I' src], ['CXXFLAGS=$CXXFLAGS ' flags], '-outdir', options.OutputDir, ...
-        '-output', 'homodyne_mex', sources{:});
+    mex(api, ['-I' src], ['CXXFLAGS=$CXXFLAGS ' flags], '-outdir', output_dir, ...
+        '-output', module.name, sources{:}, libraries{:});
   end
 end
