@@ -3,8 +3,8 @@
 
 BUILD_DIR ?= build
 OCTAVE := octave-cli --no-gui --quiet --norc
-MEX_PACKAGES := octave liboctave-dev g++ make
-CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev
+MEX_PACKAGES := octave liboctave-dev g++ make libfftw3-dev libismrmrd-dev
+CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev ismrmrd-tools
 BENCH_PACKAGES := $(CHECK_PACKAGES) libbenchmark-dev
 
 SANITIZE_BUILD_DIR ?= build-sanitize

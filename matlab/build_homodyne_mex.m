@@ -58,11 +58,12 @@ function mex_files = build_homodyne_mex(varargin)
   end
 end
 
-% Every MEX entry point of the toolbox: its name, its sources below src/ and
-% the libraries it links. The first is the homodyne module itself.
+% Every MEX entry point of the toolbox: its name, its sources below src/, the
+% libraries it links and the extra include folders it needs. The first is the
+% homodyne module itself.
 function modules = mex_modules()
-  modules = struct('name', {}, 'sources', {}, 'libraries', {});
-  modules(end + 1) = struct('name', 'homodyne_mex', 'libraries', {{}}, 'sources', ...
+  modules = struct('name', {}, 'sources', {}, 'libraries', {}, 'includes', {});
+  modules(end + 1) = struct('name', 'homodyne_mex', 'libraries', {{}}, 'includes', {{}}, 'sources', ...
     {{'gateway/mex_entry.cpp', 'gateway/host_arrays.cpp', 'homodyne/filter_gateway.cpp', ...
       'homodyne/filter_weights.cpp', 'homodyne/homodyne_filter.cpp', 'homodyne/pow_third.cpp', ...
       'phase/phase_gateway.cpp', 'phase/phase_transfer.cpp'}});
@@ -71,17 +72,18 @@ end
 function mex_file = build_module(module, src, api, flags, output_dir)
   sources = fullfile(src, module.sources);
   libraries = strcat('-l', module.libraries);
+  includes = strcat('-I', [{src}, module.includes]);
   mex_file = fullfile(output_dir, [module.name '.' mexext()]);
   if exist('OCTAVE_VERSION', 'builtin') ~= 0
     saved = getenv('CXXFLAGS');
     setenv('CXXFLAGS', flags);
-    [output, status] = mkoctfile('--mex', api, ['-I' src], '-o', mex_file, sources{:}, libraries{:});
+    [output, status] = mkoctfile('--mex', api, includes{:}, '-o', mex_file, sources{:}, libraries{:});
     setenv('CXXFLAGS', saved);
     if status ~= 0
       error('build_homodyne_mex: compilation of %s failed:\n%s', module.name, output);
     end
   else
-    mex(api, ['-I' src], ['CXXFLAGS=$CXXFLAGS ' flags], '-outdir', output_dir, ...
+    mex(api, includes{:}, ['CXXFLAGS=$CXXFLAGS ' flags], '-outdir', output_dir, ...
         '-output', module.name, sources{:}, libraries{:});
   end
 end
