@@ -1,9 +1,9 @@
-function message = error_message_of(fn)
-%ERROR_MESSAGE_OF  The message of the error that FN() raises, or '' if none.
-  message = '';
+function [message, identifier] = error_message_of(fn)
+%ERROR_MESSAGE_OF  The message and identifier of the error that FN() raises, or '' if none.
+  [message, identifier] = deal('');
   try
     fn();
   catch err
-    message = err.message;
+    [message, identifier] = deal(err.message, err.identifier);
   end
 end

@@ -127,24 +127,25 @@ function refusals(~)
   bad = k;
   bad(3) = NaN;
   table = {
-    'not contiguous (k = -6 .. 5, but nothing from -4 to -3)', @() homodyne_recon(gap)
-    'along x are not contiguous', @() homodyne_recon(volumes)
-    'holds no non-zero sample', @() homodyne_recon(zeros(8, 8, 'single'))
-    'KSPACE must be a non-empty single or double array', @() homodyne_recon(int16(real(k)))
-    'KSPACE must be a non-empty single or double array', @() homodyne_recon(zeros(0, 4, 'single'))
-    'KSPACE holds NaN or Inf values', @() homodyne_recon(bad)
-    'unknown option', @() homodyne_recon(k, 'Range', {})
-    'name/value pairs', @() homodyne_recon(k, 'Ranges')
-    '''Ranges'' must be a cell', @() homodyne_recon(k, 'Ranges', [1 2])
-    'the x range must be [] or [first last] in whole k coordinates', @() homodyne_recon(k, 'Ranges', {[-2.5 7]})
-    'the y range [-3 6] must be ordered and lie within the axis, k = -6 .. 5', @() homodyne_recon(k, 'Ranges', {[], [-3 6]})
-    'the x range [5 -2] must be ordered', @() homodyne_recon(k, 'Ranges', {[5 -2]})
-    'the x range [0 7] covers 53 % of its symmetric extent', @() homodyne_recon(k, 'Ranges', {[0 7]})
-    'the x range [-8 0] covers 53 %', @() homodyne_recon(k, 'Ranges', {[-8 0]})
-    'the y range [1 5] covers 45 %', @() homodyne_recon(k, 'Ranges', {[], [1 5]})
+    'sampling', 'not contiguous (k = -6 .. 5, but nothing from -4 to -3)', @() homodyne_recon(gap)
+    'sampling', 'along x are not contiguous (k = -8 .. 7, but nothing at k = -4)', @() homodyne_recon(volumes)
+    'sampling', 'holds no non-zero sample', @() homodyne_recon(zeros(8, 8, 'single'))
+    'badInput', 'KSPACE must be a single or double array, not int16', @() homodyne_recon(int16(real(k)))
+    'badInput', 'KSPACE must not be empty (its size is 0x4)', @() homodyne_recon(zeros(0, 4, 'single'))
+    'badInput', 'KSPACE holds NaN or Inf values', @() homodyne_recon(bad)
+    'badOption', 'unknown option ''Range''; the options are Ranges', @() homodyne_recon(k, 'Range', {})
+    'usage', 'name/value pairs', @() homodyne_recon(k, 'Ranges')
+    'badOption', '''Ranges'' must be a cell', @() homodyne_recon(k, 'Ranges', [1 2])
+    'badRange', '''Ranges'' x range [-2.5 7] must hold two finite whole k coordinates', @() homodyne_recon(k, 'Ranges', {[-2.5 7]})
+    'badRange', '''Ranges'' y range [-3 6] lies outside the axis of 12 samples, k = -6 .. 5', @() homodyne_recon(k, 'Ranges', {[], [-3 6]})
+    'badRange', '''Ranges'' x range [5 -2] must be ordered', @() homodyne_recon(k, 'Ranges', {[5 -2]})
+    'sampling', '''Ranges'' x range [0 7] covers 53 % of its symmetric extent', @() homodyne_recon(k, 'Ranges', {[0 7]})
+    'sampling', '''Ranges'' x range [-8 0] covers 53 %', @() homodyne_recon(k, 'Ranges', {[-8 0]})
+    'sampling', '''Ranges'' y range [1 5] does not contain k = 0', @() homodyne_recon(k, 'Ranges', {[], [1 5]})
   };
   for t = 1:size(table, 1)
-    message = error_message_of(table{t, 2});
-    assert(~isempty(strfind(message, table{t, 1})), 'expected "%s" in "%s"', table{t, 1}, message);
+    [message, id] = error_message_of(table{t, 3});
+    assert(strcmp(id, ['homodyne:' table{t, 1}]) && strncmp(message, 'homodyne_recon: ', 16) && ~isempty(strfind(message, table{t, 2})), ...
+           'expected %s "%s" in %s "%s"', table{t, 1:2}, id, message);
   end
 end

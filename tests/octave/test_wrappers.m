@@ -23,9 +23,9 @@ function filter_results_and_inputs_unchanged(~)
     sharer = data;
     [expected_block, expected_weighted] = filter_reference(single(data), [ranges{t}, {[], []}]);
     [block, weighted] = homodyne_filter(sharer, ranges{t}{:});
-    assert(isequal(block, expected_block) && iscomplex(block), 'input %d: block', t);
-    assert(isequal(weighted, expected_weighted), 'input %d: weighted data', t);
-    assert(isa(weighted, 'single') && iscomplex(weighted) == iscomplex(data), 'input %d: class or complexity', t);
+    assert(isequal(block, cast(expected_block, class(data))) && iscomplex(block), 'input %d: block', t);
+    assert(isequal(weighted, cast(expected_weighted, class(data))), 'input %d: weighted data', t);
+    assert(strcmp(class(weighted), class(data)) && iscomplex(weighted) == iscomplex(data), 'input %d: class or complexity', t);
     assert(isequal(data, original) && isequal(sharer, original), 'input %d changed', t);
   end
 end
@@ -40,8 +40,8 @@ function phase_results_and_inputs_unchanged(~)
     original = unshare(data{1});
     sharer = data{1};
     corrected = homodyne_phase(sharer, low);
-    assert(isequal(corrected, phase_reference(single(data{1}), low)), 'complex input %d', iscomplex(data{1}));
-    assert(iscomplex(corrected) == iscomplex(data{1}) && isa(corrected, 'single'));
+    assert(isequal(corrected, cast(phase_reference(single(data{1}), low), class(data{1}))), 'complex input %d', iscomplex(data{1}));
+    assert(iscomplex(corrected) == iscomplex(data{1}) && strcmp(class(corrected), class(data{1})));
     assert(isequal(data{1}, original) && isequal(sharer, original) && isequal(low, original_low));
   end
   [x, y, z] = ndgrid(1:5, 1:4, 1:3);
@@ -52,20 +52,19 @@ function phase_results_and_inputs_unchanged(~)
   end
 end
 
-% The wrappers check what they add; the module's messages come through unchanged.
+% The wrappers check every input in their own words.
 function clear_errors(~)
   data = random_complex(8, 4);
   original = unshare(data);
   table = {
-    'homodyne_filter: KSPACE must be a single or double array.', @() homodyne_filter(int8(ones(8, 4)), [-2 3])
-    'homodyne_filter: give KSPACE and at least the KX range.', @() homodyne_filter(data)
-    'homodyne_phase: IMAGE must be a single or double array.', @() homodyne_phase({1}, data)
-    'homodyne_phase: give IMAGE and LOWRES.', @() homodyne_phase(data)
-    'homodyne_mex: The kx-range must be of length 2.', @() homodyne_filter(data, [1 2 3])
-    'homodyne_mex: Data cannot be empty.', @() homodyne_filter(zeros(0, 3, 'single'), [])
-    'homodyne_mex: LowRes must be of type single.', @() homodyne_phase(data, double(data))
-    'homodyne_mex: The data must have the same number of dimensions than the low resolution data', ...
-      @() homodyne_phase(data, random_complex(2, 2, 2))
+    'homodyne_filter: KSPACE must be a single or double array, not int8.', @() homodyne_filter(int8(ones(8, 4)), [-2 3])
+    'homodyne_filter: usage: [BLOCK, WEIGHTED] = homodyne_filter(KSPACE, KX, KY, KZ) (KY and KZ may be omitted); see help homodyne_filter.', @() homodyne_filter(data)
+    'homodyne_phase: IMAGE must be a single or double array, not cell.', @() homodyne_phase({1}, data)
+    'homodyne_phase: usage: CORRECTED = homodyne_phase(IMAGE, LOWRES); see help homodyne_phase.', @() homodyne_phase(data)
+    'homodyne_filter: KX must be [] or [first last] in k coordinates, not a double 1x3.', @() homodyne_filter(data, [1 2 3])
+    'homodyne_filter: KSPACE must not be empty (its size is 0x3).', @() homodyne_filter(zeros(0, 3, 'single'), [])
+    'homodyne_phase: LOWRES (size 2x2x2x2) must have the sizes of IMAGE (size 8x4) from dimension 4 on: one low-resolution volume per image volume.', ...
+      @() homodyne_phase(data, random_complex(2, 2, 2, 2))
   };
   for t = 1:size(table, 1)
     message = error_message_of(table{t, 2});
