@@ -3,16 +3,20 @@ function y = restored(wrapper, name, y, scale, class_name, is_complex)
 %   Y = RESTORED(WRAPPER, NAME, Y, SCALE, CLASS_NAME, IS_COMPLEX) multiplies
 %   the single result Y (computed at unit scale, see WORKING_COPY) by SCALE
 %   in CLASS_NAME and makes it complex when IS_COMPLEX (the host drops an
-%   all-zero imaginary part on arithmetic). A single result beyond single
-%   precision's range, or wholly below its normal range, where it would come
-%   back as Inf or as zeros, is refused (homodyne:scale); double data give it.
+%   all-zero imaginary part on arithmetic). A result beyond the range of
+%   CLASS_NAME, or wholly below its normal range, where it would come back
+%   as Inf or as zeros and digits lost, is refused (homodyne:scale).
   largest = max(abs(y(:)));
   y = cast(y, class_name) * cast(scale, class_name);
-  if strcmp(class_name, 'single') && largest > 0
+  if largest > 0
     largest = max(abs(y(:)));
-    if isinf(largest) || largest < realmin('single')
-      homodyne_error(wrapper, 'scale', ['%s does not fit single precision at the scale of the data ' ...
-                     '(largest magnitude about %.3g); pass the data as double.'], name, scale);
+    if isinf(largest) || largest < realmin(class_name)
+      advice = 'scale the data';
+      if strcmp(class_name, 'single')
+        advice = 'pass the data as double';
+      end
+      homodyne_error(wrapper, 'scale', ['%s does not fit %s precision at the scale of the data ' ...
+                     '(largest magnitude about %.3g); %s.'], name, class_name, scale, advice);
     end
   end
   if is_complex && ~iscomplex(y)

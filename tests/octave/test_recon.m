@@ -2,12 +2,10 @@ function cases = test_recon()
 %TEST_RECON  homodyne_recon against independent expectations, in either MEX layout.
   cases = {
     'phantom_kspace_is_its_centred_dft', @phantom_kspace_is_its_centred_dft
-    'fully_sampled_gives_magnitude_of_inverse_dft', @fully_sampled_gives_magnitude_of_inverse_dft
     'three_d_phantom_classes_and_zero_filling', @three_d_phantom_classes_and_zero_filling
     'missing_part_at_either_end_even_and_odd', @missing_part_at_either_end_even_and_odd
     'detected_and_known_ranges_agree', @detected_and_known_ranges_agree
     'volumes_reconstructed_independently', @volumes_reconstructed_independently
-    'refusals', @refusals
   };
 end
 
@@ -26,20 +24,6 @@ function phantom_kspace_is_its_centred_dft(~)
     centre = num2cell(floor(size(kspace) / 2) + 1);
     difference = abs(centred_idft(kspace)) - abs(image);
     assert(abs(kspace(centre{:}) - sum(image(:))) < 1e-4 * sum(abs(image(:))) && max(abs(difference(:))) < 1e-5);
-  end
-end
-
-function fully_sampled_gives_magnitude_of_inverse_dft(~)
-  randn('seed', 3);
-  for sizes = {[12 10 6], [9 8], [7 11 5]}
-    k = complex(randn(sizes{1}), randn(sizes{1}));
-    expected = abs(centred_idft(k));
-    img = homodyne_recon(single(k));
-    img_double = homodyne_recon(k, 'Ranges', {[], [], []});
-    assert(isreal(img) && isa(img, 'single') && isa(img_double, 'double'));
-    for out = {img, img_double}
-      assert(max(abs(out{1}(:) - expected(:))) < 1e-5 * max(expected(:)), 'size %s', mat2str(sizes{1}));
-    end
   end
 end
 
@@ -113,39 +97,5 @@ function volumes_reconstructed_independently(~)
       difference = img(:, :, :, c) - one;
       assert(max(abs(difference(:))) < 1e-5 * max(abs(one(:))), 'coil %d of %s', c, mat2str(sizes{1}));
     end
-  end
-end
-
-% Non-contiguous or empty sampling, bad input or options, and too little of
-% the symmetric extent or k = 0 not acquired, at either end.
-function refusals(~)
-  k = complex(ones(16, 12, 'single'), 1);
-  gap = k;
-  gap(:, 3:4) = 0;
-  volumes = ones(16, 12, 4, 2, 'single');
-  volumes(5, :, :, :) = 0;
-  bad = k;
-  bad(3) = NaN;
-  table = {
-    'sampling', 'not contiguous (k = -6 .. 5, but nothing from -4 to -3)', @() homodyne_recon(gap)
-    'sampling', 'along x are not contiguous (k = -8 .. 7, but nothing at k = -4)', @() homodyne_recon(volumes)
-    'sampling', 'holds no non-zero sample', @() homodyne_recon(zeros(8, 8, 'single'))
-    'badInput', 'KSPACE must be a single or double array, not int16', @() homodyne_recon(int16(real(k)))
-    'badInput', 'KSPACE must not be empty (its size is 0x4)', @() homodyne_recon(zeros(0, 4, 'single'))
-    'badInput', 'KSPACE holds NaN or Inf values', @() homodyne_recon(bad)
-    'badOption', 'unknown option ''Range''; the options are Ranges', @() homodyne_recon(k, 'Range', {})
-    'usage', 'name/value pairs', @() homodyne_recon(k, 'Ranges')
-    'badOption', '''Ranges'' must be a cell', @() homodyne_recon(k, 'Ranges', [1 2])
-    'badRange', '''Ranges'' x range [-2.5 7] must hold two finite whole k coordinates', @() homodyne_recon(k, 'Ranges', {[-2.5 7]})
-    'badRange', '''Ranges'' y range [-3 6] lies outside the axis of 12 samples, k = -6 .. 5', @() homodyne_recon(k, 'Ranges', {[], [-3 6]})
-    'badRange', '''Ranges'' x range [5 -2] must be ordered', @() homodyne_recon(k, 'Ranges', {[5 -2]})
-    'sampling', '''Ranges'' x range [0 7] covers 53 % of its symmetric extent', @() homodyne_recon(k, 'Ranges', {[0 7]})
-    'sampling', '''Ranges'' x range [-8 0] covers 53 %', @() homodyne_recon(k, 'Ranges', {[-8 0]})
-    'sampling', '''Ranges'' y range [1 5] does not contain k = 0', @() homodyne_recon(k, 'Ranges', {[], [1 5]})
-  };
-  for t = 1:size(table, 1)
-    [message, id] = error_message_of(table{t, 3});
-    assert(strcmp(id, ['homodyne:' table{t, 1}]) && strncmp(message, 'homodyne_recon: ', 16) && ~isempty(strfind(message, table{t, 2})), ...
-           'expected %s "%s" in %s "%s"', table{t, 1:2}, id, message);
   end
 end
