@@ -6,11 +6,13 @@ function y = restored(wrapper, name, y, scale, class_name, is_complex)
 %   all-zero imaginary part on arithmetic). A result beyond the range of
 %   CLASS_NAME, or wholly below its normal range, where it would come back
 %   as Inf or as zeros and digits lost, is refused (homodyne:scale).
-  largest = max(abs(y(:)));
-  y = cast(y, class_name) * cast(scale, class_name);
-  if largest > 0
+  if scale == 1
+    y = cast(y, class_name);   % data at unit size (see UNIT_SCALE) give results in range
+  else
+    unit_largest = max(abs(y(:)));
+    y = cast(y, class_name) * cast(scale, class_name);
     largest = max(abs(y(:)));
-    if isinf(largest) || largest < realmin(class_name)
+    if unit_largest > 0 && (isinf(largest) || largest < realmin(class_name))
       advice = 'scale the data';
       if strcmp(class_name, 'single')
         advice = 'pass the data as double';

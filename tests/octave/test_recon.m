@@ -2,7 +2,6 @@ function cases = test_recon()
 %TEST_RECON  homodyne_recon against independent expectations, in either MEX layout.
   cases = {
     'phantom_kspace_is_its_centred_dft', @phantom_kspace_is_its_centred_dft
-    'three_d_phantom_classes_and_zero_filling', @three_d_phantom_classes_and_zero_filling
     'missing_part_at_either_end_even_and_odd', @missing_part_at_either_end_even_and_odd
     'detected_and_known_ranges_agree', @detected_and_known_ranges_agree
     'volumes_reconstructed_independently', @volumes_reconstructed_independently
@@ -24,24 +23,6 @@ function phantom_kspace_is_its_centred_dft(~)
     centre = num2cell(floor(size(kspace) / 2) + 1);
     difference = abs(centred_idft(kspace)) - abs(image);
     assert(abs(kspace(centre{:}) - sum(image(:))) < 1e-4 * sum(abs(image(:))) && max(abs(difference(:))) < 1e-5);
-  end
-end
-
-% 5/8 of the ky lines of a 3-D phantom: homodyne beats zero filling, the
-% zero-filled output is abs of the inverse DFT, the input is left unchanged
-% and every output is real and keeps the input's class and size.
-function three_d_phantom_classes_and_zero_filling(~)
-  [image, kspace] = homodyne_phantom([64 64 16]);
-  kspace(:, 1:24, :) = 0;
-  for k = {kspace, double(kspace), real(kspace)}
-    original = unshare(k{1});
-    [img, phase, zero_filled] = homodyne_recon(k{1});
-    assert(isequal(k{1}, original), 'input of class %s changed', class(k{1}));
-    kept = @(x) strcmp(class(x), class(k{1})) && isreal(x) && isequal(size(x), size(k{1}));
-    assert(kept(img) && kept(phase) && kept(zero_filled), 'outputs for class %s', class(k{1}));
-    expected = abs(centred_idft(k{1}));
-    assert(max(abs(zero_filled(:) - expected(:))) < 1e-6 * max(expected(:)));
-    assert(isreal(k{1}) || nrmse(img, abs(image)) < 0.4 * nrmse(zero_filled, abs(image)));
   end
 end
 
