@@ -7,12 +7,12 @@ function y = restored(wrapper, name, y, scale, class_name, is_complex)
 %   CLASS_NAME, or wholly below its normal range, where it would come back
 %   as Inf or as zeros and digits lost, is refused (homodyne:scale).
   if scale == 1
-    y = cast(y, class_name);   % data at unit size (see UNIT_SCALE) give results in range
+    y = cast(y, class_name);   % data at unit scale
   else
-    unit_largest = max(abs(y(:)));
-    y = cast(y, class_name) * cast(scale, class_name);
+    unit = y;
+    y = cast(unit, class_name) * cast(scale, class_name);
     largest = max(abs(y(:)));
-    if unit_largest > 0 && (isinf(largest) || largest < realmin(class_name))
+    if isinf(largest) || (largest < realmin(class_name) && any(unit(:) ~= 0))
       advice = 'scale the data';
       if strcmp(class_name, 'single')
         advice = 'pass the data as double';

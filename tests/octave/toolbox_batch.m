@@ -119,6 +119,7 @@ function calls = named_calls()
     end
     calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1} / scale{1}, unit, 1e-4));
   end
+  calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, unit * 2^-100));   % bit for bit
   for data = {P, double(P), real(P)}   % ZERO_FILLED is abs of the inverse DFT as it is
     calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, inverse_dft_magnitude(data{1}), 1e-6));
   end
