@@ -14,11 +14,11 @@ function homodyne_error(wrapper, id, message, varargin)
       rethrow(err);
     end
     text = regexprep(err.message, '^(homodyne_mex: *)+', '');
-    if any(strcmp(err.identifier, {'Octave:bad-alloc', 'MATLAB:nomem', 'MATLAB:array:SizeLimitExceeded'})) ...
-       || ~isempty(strfind(lower(text), 'out of memory'))
-      [id, message] = deal('noMemory', 'out of memory (%s).');
-    else
-      [id, message] = deal('internal', 'internal error, please report it: %s');
+    [id, message] = deal('internal', 'internal error, please report it: %s');
+    if ~isempty(strfind(lower(text), 'out of memory'))
+      [id, message] = deal('noMemory', '%s');
+    elseif any(strcmp(err.identifier, {'Octave:bad-alloc', 'MATLAB:nomem', 'MATLAB:array:SizeLimitExceeded'}))
+      [id, message] = deal('noMemory', 'out of memory (%s)');
     end
     varargin = {text};
   end
