@@ -22,7 +22,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   as []. A range must be ordered and lie within its axis. An axis on which
 %   at most one sampled plane lacks its mirror (k -> -k; the plane -n/2 of an
 %   even axis has none) counts as fully sampled and is left whole and not
-%   weighted, e.g. [-3 4] or [-4 2] on 8 samples. Any other range must
+%   weighted, e.g. [-2 3] or [-4 2] on 8 samples. Any other range must
 %   contain k = 0 and cover at least 55 % of its symmetric extent. The
 %   missing part may lie at either end, and a range may start or end at
 %   k = 0 (then k = 0 is weighted 1 and the phase comes from k = 0 alone).
@@ -66,8 +66,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %     homodyne:badOption  an unknown option or an option value out of its domain
 %     homodyne:sampling   sampling that cannot be reconstructed (gaps, no k = 0,
 %                         under 55 %, no non-zero sample to detect ranges from)
-%     homodyne:scale      a single result beyond single precision's range
-%                         (pass double data)
+%     homodyne:scale      a result beyond the range of its class, or wholly
+%                         below its normal range (for single: pass double data)
 %     homodyne:noModule   the MEX module is not built (run "make mex")
 %     homodyne:noMemory   memory ran out
 %     homodyne:internal   a fault of the toolbox, not of the call
