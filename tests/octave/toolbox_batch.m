@@ -269,53 +269,62 @@ function out = inverse_dft_magnitude(k)
   out = abs(out);
 end
 
-% A wrapper with data of random shape, storage, class and scale, ranges and
-% options from valid to hostile. Where the data are a scaled or re-stored copy
-% of plain single data that the wrapper accepts, the result must be that of
-% the plain data, scaled back.
+% A wrapper on random data, stored, typed and scaled at random, with ranges
+% from valid to hostile. Where the data are a re-stored or scaled copy of
+% plain single data, the call must give what the plain data give, scaled
+% back, or the same refusal.
 function row = random_call()
-  sizes = random_shape();
+  sizes = [randi([1 9], 1, randi([2 3])), randi([1 2], 1, randi([0 2]))];
   base = single(randn(sizes));
   if rand() < 0.6
     base = complex(base, single(randn(sizes)));
   end
-  cut = randi([0 floor(size(base, 2) / 2)]);
-  base(:, 1:cut, :) = 0;
-  [data, scale, base] = restore_randomly(base);
-  names = {'homodyne_recon', 'homodyne_filter', 'homodyne_phase', 'homodyne_phantom'};
-  name = names{find(rand() < [0.45 0.75 0.95 1], 1)};
+  base(:, 1:randi([0 floor(sizes(2) / 2)]), :) = 0;
+  [data, scale] = deal(base, 1);
+  switch randi(7)
+    case 1
+      scale = pick({1, 1e300, 1e-300, 2^-1000, 1e200});
+      data = double(base) * scale;
+    case 2
+      scale = pick({1e-22, 1e37, 1e-30, 2^100});
+      data = base * scale;
+    case 3
+      if ismatrix(base) && isreal(base)
+        data = sparse(double(base));
+      end
+    case 4
+      if ismatrix(base) && sizes(1) == sizes(2)
+        data = diag(diag(base)) * (1 + 2i);
+        base = complex(full(real(data)), full(imag(data)));
+      end
+    case 5
+      if isreal(base)
+        data = complex(base);   % an imaginary part of zeros
+      end
+    case 6
+      data(max(1, end - 1)) = pick({NaN, Inf, -Inf});
+      scale = NaN;   % no plain counterpart
+  end
+  name = pick({'homodyne_recon', 'homodyne_recon', 'homodyne_filter', 'homodyne_phase'});
+  ranges = {random_range(), random_range(), random_range()};
   switch name
     case 'homodyne_recon'
-      args = {data};
-      if rand() < 0.4
-        args = [args, {'Ranges', {random_range(), random_range(), random_range()}}];
-      end
-      nout = randi(4);
+      args = {data, 'Ranges', ranges};
+      args = args(1:1 + 2 * (rand() < 0.4));
     case 'homodyne_filter'
-      args = {data, random_range(), random_range(), random_range()};
-      args = args(1:randi([2 4]));
-      nout = 2;
-    case 'homodyne_phase'
-      low_sizes = max(1, ceil(size(base) / 2));
-      low_sizes(4:end) = size(base, 4:ndims(base));
-      args = {data, complex(randn(low_sizes), randn(low_sizes))};
-      nout = 1;
+      args = [{data}, ranges(1:randi(3))];
     otherwise
-      args = {pick({[4 4], [3 5 2], [1 1], [2 3 4 5], [0 4], [4 -1], 4.5, [NaN 2], 'ab', [4 4] + 1i, int8([3 3]), {4}})};
-      nout = 2;
+      low_sizes = [max(1, ceil(sizes(1:min(3, end)) / 2)), sizes(4:end)];
+      args = {data, complex(randn(low_sizes), randn(low_sizes))};
   end
-  if rand() < 0.1
-    args = args(1:randi([0 numel(args)]));
-  end
+  args = args(1:end - (rand() < 0.1));
   expect = [];
-  if ~isempty(args) && ~isnan(scale) && ~strcmp(name, 'homodyne_phantom')
+  if ~isempty(args) && ~isnan(scale)
     expect = plain_outcome(name, args, base, scale);
   end
-  row = {name, args, nout, expect, []};
+  row = {name, args, randi(2 + 2 * strcmp(name, 'homodyne_recon') - strcmp(name, 'homodyne_phase')), expect, []};
 end
 
-% What the call must give: the result of the plain single data BASE, scaled
-% back, or the same refusal.
 function expect = plain_outcome(name, args, base, scale)
   args{1} = base;
   try
@@ -326,53 +335,13 @@ function expect = plain_outcome(name, args, base, scale)
   end
 end
 
-% BASE in another class, scale or storage: SCALE times BASE in values (BASE
-% becomes the plain copy of a diagonal matrix); SCALE NaN for data with NaN or Inf.
-function [data, scale, base] = restore_randomly(base)
-  scale = 1;
-  data = base;
-  switch randi(6)
-    case 1
-      scale = pick({1, 1e300, 1e-300, 2^-1000, 1e-200, 1e200});
-      data = double(base) * scale;
-    case 2
-      scale = pick({1e-22, 1e37, 1e-30, 2^100});
-      data = base * scale;
-    case 3
-      if ismatrix(base) && isreal(base)
-        data = sparse(double(base));
-      end
-    case 4
-      if ismatrix(base) && size(base, 1) == size(base, 2)
-        data = diag(diag(base)) * (1 + 2i);
-        base = complex(full(real(data)), full(imag(data)));
-      end
-    case 5
-      if isreal(base)
-        data = complex(base, zeros(size(base), 'single'));
-      end
-    otherwise
-      data(max(1, end - 1)) = pick({NaN, Inf, -Inf});
-      scale = NaN;   % no plain counterpart
-  end
-end
-
 function range = random_range()
   ends = [-8 -6 -4 -3 -2 -1 -0.5 0 1 2 3 4 5 7 9 NaN Inf -Inf 1e300 -1e300 2^31];
   range = ends(randi(numel(ends), 1, 2));
-  r = rand();
-  if r < 0.2
-    range = [];
-  elseif r < 0.3
-    range = pick({'ab', {1}, [1 2 3], int8([-2 3]), sparse([-2 3]), [-2 3] + 1i, -2, ones(2)});
-  elseif r < 0.6
+  if rand() < 0.4
     range = sort(round(range .* (abs(range) < 10)));
   end
-end
-
-% Sizes of 2 to 5 dimensions, up to 9 samples per axis and 2 volumes per dimension.
-function sizes = random_shape()
-  sizes = [randi([1 9], 1, randi([2 3])), randi([1 2], 1, randi([0 2]))];
+  range = pick({range, range, range, [], 'ab', {1}, [1 2 3], int8([-2 3]), sparse([-2 3]), [-2 3] + 1i, -2, ones(2)});
 end
 
 function item = pick(items)
