@@ -1,27 +1,41 @@
-function [block, weighted] = homodyne_filter(kspace, kx, ky, kz)
+function [block, weighted] = homodyne_filter(kspace, kx, ky, kz, varargin)
 %HOMODYNE_FILTER  Homodyne weighting and central block, leaving the input untouched.
 %
 %   [BLOCK, WEIGHTED] = HOMODYNE_FILTER(KSPACE, KX, KY, KZ)
-%     The 'filter' command of HOMODYNE_MEX on a copy of KSPACE, so that the
-%     caller's array (and every variable sharing it) is never changed.
+%     The weighting step of HOMODYNE_RECON: the 'filter' command of
+%     HOMODYNE_MEX on a copy of KSPACE, so that the caller's array (and every
+%     variable sharing it) is never changed.
 %
-%     KSPACE  single or double k-space, real or complex, centred: k = 0 at
-%             index floor(n/2)+1 of each of the first three dimensions.
-%             Dimensions 4 and up index independent volumes.
-%     KX, KY, KZ  the sampled range [first last] of each axis in k
-%             coordinates, or [] for an axis to leave whole and unweighted
-%             (KY and KZ may be omitted: []). Only ranges whose missing part
-%             lies at the negative end are weighted; HOMODYNE_MEX describes
-%             the weights and how other ranges are treated.
+%     KSPACE  single or double k-space, real or complex, finite, centred:
+%             k = 0 at index floor(n/2)+1 of each of the first three
+%             dimensions. Dimensions 4 and up index independent volumes.
+%     KX, KY, KZ  the sampled range [first last] of each axis in whole k
+%             coordinates (any real numeric class), or [] for an axis to
+%             leave whole and unweighted (KY and KZ may be omitted: []).
+%             The ranges follow the one rule of HOMODYNE_RECON: inside the
+%             axis and ordered; an axis on which at most one sampled plane
+%             lacks its mirror (k -> -k) is left whole and unweighted; any
+%             other range contains k = 0 and at least 55 % of its symmetric
+%             extent. The missing part may lie at either end: the module
+%             weights the mirrored axis, and both outputs are mirrored back.
 %
-%     BLOCK     the unweighted symmetric central block, complex single.
-%     WEIGHTED  KSPACE as single, multiplied by the homodyne weights;
+%     BLOCK     the unweighted symmetric central block k = -m .. m of each
+%               weighted axis (m = min(|first|, |last|)), whole axes
+%               elsewhere; complex.
+%     WEIGHTED  KSPACE multiplied by the homodyne weights (HOMODYNE_MEX
+%               describes them; a range starting or ending at k = 0 weights
+%               k = 0 by 1, like every plane whose mirror was acquired);
 %               complex if KSPACE is complex.
+%     Both are of KSPACE's class. The module works in single precision on
+%     the data scaled by a power of two to unit size, so any finite double
+%     data give the same results as at unit scale; a single result beyond
+%     single precision's range raises homodyne:scale.
 %
 %   Either build of the module gives the same results. The separate-planes
 %   build cannot write complex arrays in place, so there the real and
 %   imaginary parts are weighted as two real arrays (the weights are real);
 %   which build is loaded is found by a tiny probe call on every use.
+%   Errors carry an identifier homodyne:* (see HOMODYNE_RECON).
 %
 %   Example:
 %     k = complex(single(randn(128, 96)), single(randn(128, 96)));
@@ -31,8 +45,10 @@ function [block, weighted] = homodyne_filter(kspace, kx, ky, kz)
 %
 %   See also HOMODYNE_PHASE, HOMODYNE_RECON, HOMODYNE_MEX.
 
-  if nargin < 2
-    error('homodyne_filter: give KSPACE and at least the KX range.');
+  wrapper = 'homodyne_filter';
+  if nargin < 2 || nargin > 4
+    homodyne_error(wrapper, 'usage', ['usage: [BLOCK, WEIGHTED] = homodyne_filter(KSPACE, KX, KY, KZ) ' ...
+                   '(KY and KZ may be omitted); see help homodyne_filter.']);
   end
   if nargin < 3
     ky = [];
@@ -40,8 +56,16 @@ function [block, weighted] = homodyne_filter(kspace, kx, ky, kz)
   if nargin < 4
     kz = [];
   end
-  if ~isfloat(kspace)
-    error('homodyne_filter: KSPACE must be a single or double array.');
+  try
+    require_module(wrapper);
+    kspace = checked_array(wrapper, 'KSPACE', kspace);
+    plan = plan_axes(wrapper, {kx, ky, kz}, {'KX', 'KY', 'KZ'}, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
+    [work, scale] = working_copy(kspace);
+    mirrored = find(plan.mirrored);
+    [block, work] = weight_kspace(mirror_axes(work, mirrored), plan.mex_ranges);
+    block = restored(wrapper, 'BLOCK', mirror_axes(block, mirrored), scale, class(kspace), true);
+    weighted = restored(wrapper, 'WEIGHTED', mirror_axes(work, mirrored), scale, class(kspace), iscomplex(kspace));
+  catch err
+    homodyne_error(wrapper, err);
   end
-  [block, weighted] = weight_kspace(unshared_single(kspace), kx, ky, kz);
 end

@@ -1,4 +1,4 @@
-function [image, kspace] = homodyne_phantom(sizes)
+function [image, kspace] = homodyne_phantom(sizes, varargin)
 %HOMODYNE_PHANTOM  A 3-D head-like test object with a smooth phase, and its k-space.
 %
 %   [IMAGE, KSPACE] = HOMODYNE_PHANTOM(SIZES)
@@ -22,11 +22,28 @@ function [image, kspace] = homodyne_phantom(sizes)
 %
 %   See also HOMODYNE_RECON.
 
-  if ~isnumeric(sizes) || ~any(numel(sizes) == [2 3]) || any(sizes < 1) || any(sizes ~= round(sizes))
-    error('homodyne_phantom: SIZES must be [nx ny] or [nx ny nz] of positive whole numbers.');
+  wrapper = 'homodyne_phantom';
+  if nargin ~= 1
+    homodyne_error(wrapper, 'usage', 'usage: [IMAGE, KSPACE] = homodyne_phantom(SIZES); see help homodyne_phantom.');
   end
-  sizes = [double(sizes(:)'), 1];
-  sizes = sizes(1:3);
+  try
+    if ~isnumeric(sizes) || ~isreal(sizes) || ~any(numel(sizes) == [2 3]) || any(~isfinite(sizes(:))) ...
+       || any(sizes(:) < 1) || any(sizes(:) ~= round(sizes(:)))
+      homodyne_error(wrapper, 'badInput', 'SIZES must be [nx ny] or [nx ny nz] of positive whole numbers.');
+    end
+    sizes = [double(full(sizes(:)')), 1];
+    sizes = sizes(1:3);
+    if prod(sizes) >= 2^31
+      homodyne_error(wrapper, 'badInput', 'SIZES %s give 2^31 or more samples.', mat2str(sizes));
+    end
+    [image, kspace] = make_phantom(sizes, nargout);
+  catch err
+    homodyne_error(wrapper, err);
+  end
+end
+
+% The object of SIZES [nx ny nz] and, when OUTPUTS > 1, its centred k-space.
+function [image, kspace] = make_phantom(sizes, outputs)
   x = axis_coordinates(sizes(1));
   y = reshape(axis_coordinates(sizes(2)), 1, []);
   z = reshape(axis_coordinates(sizes(3)), 1, 1, []);
@@ -57,7 +74,8 @@ function [image, kspace] = homodyne_phantom(sizes)
 
   phase = 1.2 * x + 0.8 * y.^2 - 0.5 * z + 1.5 * exp(-((x - 0.3).^2 + (y + 0.2).^2 + z.^2) / 0.3);
   image = magnitude .* exp(1i * single(phase));
-  if nargout > 1
+  kspace = [];
+  if outputs > 1
     kspace = image;
     for d = find(sizes > 1)
       kspace = fftshift(fft(ifftshift(kspace, d), [], d), d);

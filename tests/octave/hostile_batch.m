@@ -1,9 +1,9 @@
 function count = hostile_batch(kind, seed, first, last, log_file)
 %HOSTILE_BATCH  Hostile homodyne_mex calls FIRST to LAST, in a child octave-cli of
-%   TEST_HOSTILE_INPUTS: of a fixed 'adversarial' list (COUNT = HOSTILE_BATCH(KIND, SEED)
-%   its length) or 'random', seeded with SEED and K. Logs 'K' before call K, then
-%   'K S' (success), 'K E' (homodyne_mex error, inputs untouched) or 'K F reason'
-%   (other error, changed inputs): a last line 'K' alone is a crash in call K.
+%   SWEEP_IN_CHILDREN: of a fixed 'adversarial' list (COUNT = HOSTILE_BATCH(KIND, SEED)
+%   its length) or 'random', seeded with SEED and K. LOG_CALLS logs each as 'S'
+%   (success), 'E' (homodyne_mex error, inputs untouched) or 'F reason' (other error,
+%   changed inputs).
   persistent list list_seed
   if strcmp(kind, 'adversarial') && ~isequal(list_seed, seed)
     rng(seed, 'twister');
@@ -14,51 +14,34 @@ function count = hostile_batch(kind, seed, first, last, log_file)
   if nargin < 3
     return;
   end
-  for k = first:last
-    append(log_file, sprintf('%d\n', k));
-    if strcmp(kind, 'random')
-      rng(seed * 100003 + k, 'twister');
-      [args, nout] = random_call();
-    else
-      % Copies: a successful call changes its data in place, and entries share arrays.
-      args = cellfun(@unshare, list{k, 1}, 'UniformOutput', false);
-      nout = list{k, 2};
-    end
-    reference = cellfun(@unshare, args, 'UniformOutput', false);
-    outcome = 'S';
-    try
-      if nout == 1
-        out = homodyne_mex(args{:}); %#ok<NASGU>
-      else
-        homodyne_mex(args{:});
-      end
-    catch err
-      outcome = 'E';
-      changed = find(~cellfun(@same_value, args, reference), 1);
-      if ~strncmp(err.message, 'homodyne_mex: ', 14)
-        outcome = ['F unclear error: ' err.message];
-      elseif ~isempty(changed)
-        outcome = sprintf('F input %d changed by a refused call (%s)', changed, err.message);
-      end
-    end
-    append(log_file, sprintf('%d %s\n', k, strrep(outcome, sprintf('\n'), ' ')));
+  log_calls(log_file, first:last, @(k) outcome_of(kind, seed, list, k));
+end
+
+function outcome = outcome_of(kind, seed, list, k)
+  if strcmp(kind, 'random')
+    rng(seed * 100003 + k, 'twister');
+    [args, nout] = random_call();
+  else
+    % Copies: a successful call changes its data in place, and entries share arrays.
+    args = cellfun(@unshare, list{k, 1}, 'UniformOutput', false);
+    nout = list{k, 2};
   end
-end
-
-function append(log_file, text)
-  fid = fopen(log_file, 'a');
-  fprintf(fid, '%s', text);
-  fclose(fid);
-end
-
-% Same class, size, sparsity, complexity and values (NaN equal to NaN).
-function same = same_value(a, b)
-  same = strcmp(class(a), class(b)) && isequal(size(a), size(b)) && issparse(a) == issparse(b) ...
-         && iscomplex(a) == iscomplex(b);
-  if same && isa(a, 'function_handle')
-    same = strcmp(func2str(a), func2str(b));
-  elseif same
-    same = isequaln(a, b);
+  reference = cellfun(@unshare, args, 'UniformOutput', false);
+  outcome = 'S';
+  try
+    if nout == 1
+      out = homodyne_mex(args{:}); %#ok<NASGU>
+    else
+      homodyne_mex(args{:});
+    end
+  catch err
+    outcome = 'E';
+    changed = find(~cellfun(@same_value, args, reference), 1);
+    if ~strncmp(err.message, 'homodyne_mex: ', 14)
+      outcome = ['F unclear error: ' err.message];
+    elseif ~isempty(changed)
+      outcome = sprintf('F input %d changed by a refused call (%s)', changed, err.message);
+    end
   end
 end
 
