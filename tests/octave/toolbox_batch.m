@@ -245,10 +245,29 @@ end
 
 % The call as a fresh clone without the built module would make it.
 function img = without_module(varargin)
-  mex_dir = fileparts(which('homodyne_mex'));
-  rmpath(mex_dir);
-  restore = onCleanup(@() addpath(mex_dir));
+  % The toolbox's M-files alone, copied to a fresh folder, with every built
+  % module (the build dir's, or one that `make mex` left in matlab/) off the path.
+  toolbox = fileparts(which('homodyne_recon'));
+  copy = tempname();
+  mkdir(copy);
+  copyfile(fullfile(toolbox, '*.m'), copy);
+  copyfile(fullfile(toolbox, 'private'), fullfile(copy, 'private'));
+  hidden = {toolbox};
+  rmpath(toolbox);
+  while exist('homodyne_mex') == 3
+    hidden{end + 1} = fileparts(which('homodyne_mex'));
+    rmpath(hidden{end});
+  end
+  addpath(copy);
+  restore = onCleanup(@() restore_path(hidden, copy));
   img = homodyne_recon(varargin{:});
+end
+
+function restore_path(hidden, copy)
+  rmpath(copy);
+  confirm_recursive_rmdir(false, 'local');
+  rmdir(copy, 's');
+  addpath(hidden{end:-1:1});
 end
 
 function ok = close_to(a, b, tolerance)
