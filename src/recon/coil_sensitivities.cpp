@@ -8,7 +8,7 @@
 namespace {
 
 constexpr Index half_width = 2;  // 5 x 5 neighbourhood in x and y
-constexpr int power_iterations = 12;
+constexpr int power_iterations = 4;
 
 using Complex = std::complex<float>;
 
@@ -38,31 +38,79 @@ Index reference_coil(const Complex* volume, Index voxels, Index coils, Index vol
     return reference;
 }
 
-// Neighbourhood covariance of the coils at (x, y, z), upper triangle and
-// diagonal filled, stored column-major in r.
-void neighbourhood_covariance(const Complex* volume, const ReconShape& shape, Index x, Index y, Index z,
-                              std::vector<Complex>& r)
-{
-    const Index coils = shape.coils;
-    const Index voxels = shape.voxels();
-    std::fill(r.begin(), r.end(), Complex(0.0f, 0.0f));
-    const Index nx = shape.n[0];
-    const Index ny = shape.n[1];
-    const Index hx = std::min(half_width, (nx - 1) / 2);
-    const Index hy = std::min(half_width, (ny - 1) / 2);
-    for (Index dy = -hy; dy <= hy; ++dy) {
-        const Index yy = (y + dy + ny) % ny;
-        for (Index dx = -hx; dx <= hx; ++dx) {
-            const Index xx = (x + dx + nx) % nx;
-            const Complex* l = volume + xx + yy * nx + z * nx * ny;
-            for (Index j = 0; j < coils; ++j) {
-                const Complex lj = std::conj(l[j * voxels]);
+// Coil covariances of one image row, summed over the neighbourhood along x:
+// for every x the `pairs` products l_i * conj(l_j), i <= j, of the coil
+// vectors l at x - h .. x + h (periodic), j outer, i inner.
+class RowCovariance {
+public:
+    RowCovariance(Index coils, Index nx)
+        : coils_(coils), pairs_(coils * (coils + 1) / 2), nx_(nx),
+          products_(static_cast<std::size_t>(pairs_ * nx)), sums_(static_cast<std::size_t>(pairs_ * nx))
+    {
+    }
+
+    const Complex* at(Index x) const { return sums_.data() + x * pairs_; }
+
+    // `row` points at x = 0 of the row in coil 0; coils are `voxels` apart.
+    void compute(const Complex* row, Index voxels)
+    {
+        for (Index x = 0; x < nx_; ++x) {
+            Complex* p = products_.data() + x * pairs_;
+            for (Index j = 0; j < coils_; ++j) {
+                const Complex lj = std::conj(row[j * voxels + x]);
                 for (Index i = 0; i <= j; ++i) {
-                    r[static_cast<std::size_t>(i + j * coils)] += l[i * voxels] * lj;
+                    *p++ = row[i * voxels + x] * lj;
+                }
+            }
+        }
+        const Index h = std::min(half_width, (nx_ - 1) / 2);
+        for (Index x = 0; x < nx_; ++x) {
+            Complex* sum = sums_.data() + x * pairs_;
+            std::fill(sum, sum + pairs_, Complex(0.0f, 0.0f));
+            for (Index dx = -h; dx <= h; ++dx) {
+                const Complex* p = products_.data() + ((x + dx + nx_) % nx_) * pairs_;
+                for (Index q = 0; q < pairs_; ++q) {
+                    sum[q] += p[q];
                 }
             }
         }
     }
+
+private:
+    Index coils_;
+    Index pairs_;
+    Index nx_;
+    std::vector<Complex> products_;
+    std::vector<Complex> sums_;
+};
+
+// Dominant eigenvector of the Hermitian matrix r (full, column-major) by power
+// iteration from `vector`, scaled to unit length; false when r * vector = 0.
+bool dominant_eigenvector(const std::vector<Complex>& r, Index coils, std::vector<Complex>& vector,
+                          std::vector<Complex>& next)
+{
+    for (int iteration = 0; iteration < power_iterations; ++iteration) {
+        std::fill(next.begin(), next.end(), Complex(0.0f, 0.0f));
+        for (Index j = 0; j < coils; ++j) {
+            const Complex vj = vector[static_cast<std::size_t>(j)];
+            const Complex* column = r.data() + j * coils;
+            for (Index i = 0; i < coils; ++i) {
+                next[static_cast<std::size_t>(i)] += column[i] * vj;
+            }
+        }
+        float energy = 0.0f;
+        for (const Complex& value : next) {
+            energy += std::norm(value);
+        }
+        const float length = std::sqrt(energy);
+        if (!(length > 0.0f)) {
+            return false;
+        }
+        for (Index c = 0; c < coils; ++c) {
+            vector[static_cast<std::size_t>(c)] = next[static_cast<std::size_t>(c)] / length;
+        }
+    }
+    return true;
 }
 
 }  // namespace
@@ -71,54 +119,59 @@ std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const Re
 {
     const Index coils = shape.coils;
     const Index voxels = shape.voxels();
+    const Index nx = shape.n[0];
+    const Index ny = shape.n[1];
+    const Index hy = std::min(half_width, (ny - 1) / 2);
     std::vector<Complex> sensitivities(static_cast<std::size_t>(shape.samples()));
+
+    // One row covariance per row of the y neighbourhood, reused as y advances.
+    std::vector<RowCovariance> rows(static_cast<std::size_t>(2 * hy + 1), RowCovariance(coils, nx));
     std::vector<Complex> r(static_cast<std::size_t>(coils * coils));
     std::vector<Complex> vector(static_cast<std::size_t>(coils));
     std::vector<Complex> next(static_cast<std::size_t>(coils));
+    const auto slot = [&](Index y) -> RowCovariance& { return rows[static_cast<std::size_t>(y % (2 * hy + 1))]; };
 
     for (Index v = 0; v < shape.volumes; ++v) {
         const Complex* volume = lowres + v * shape.volume_stride();
         Complex* out = sensitivities.data() + v * shape.volume_stride();
         const Index reference = reference_coil(volume, voxels, coils, v, shape.volumes);
         for (Index z = 0; z < shape.n[2]; ++z) {
-            for (Index y = 0; y < shape.n[1]; ++y) {
-                for (Index x = 0; x < shape.n[0]; ++x) {
-                    const Index s = x + y * shape.n[0] + z * shape.n[0] * shape.n[1];
-                    neighbourhood_covariance(volume, shape, x, y, z, r);
+            const Complex* plane = volume + z * nx * ny;
+            const auto row_start = [&](Index y) { return plane + ((y + ny) % ny) * nx; };
+            for (Index y = -hy; y < hy; ++y) {
+                slot(y + ny).compute(row_start(y), voxels);
+            }
+            for (Index y = 0; y < ny; ++y) {
+                slot(y + hy + ny).compute(row_start(y + hy), voxels);
+                for (Index x = 0; x < nx; ++x) {
+                    // Neighbourhood covariance: the upper triangle summed over the rows, then mirrored.
+                    std::fill(r.begin(), r.end(), Complex(0.0f, 0.0f));
+                    for (Index dy = -hy; dy <= hy; ++dy) {
+                        const Complex* sum = slot(y + dy + ny).at(x);
+                        Index q = 0;
+                        for (Index j = 0; j < coils; ++j) {
+                            for (Index i = 0; i <= j; ++i) {
+                                r[static_cast<std::size_t>(i + j * coils)] += sum[q++];
+                            }
+                        }
+                    }
+                    for (Index j = 0; j < coils; ++j) {
+                        for (Index i = j + 1; i < coils; ++i) {
+                            r[static_cast<std::size_t>(i + j * coils)] = std::conj(r[static_cast<std::size_t>(j + i * coils)]);
+                        }
+                    }
+                    const Index s = x + y * nx + z * nx * ny;
                     for (Index c = 0; c < coils; ++c) {
                         vector[static_cast<std::size_t>(c)] = volume[c * voxels + s];
                     }
-                    float length = 0.0f;
-                    for (int iteration = 0; iteration < power_iterations; ++iteration) {
-                        // next = R * vector, R Hermitian from its upper triangle.
-                        for (Index i = 0; i < coils; ++i) {
-                            Complex sum(0.0f, 0.0f);
-                            for (Index j = 0; j < coils; ++j) {
-                                const Complex rij = i <= j ? r[static_cast<std::size_t>(i + j * coils)]
-                                                           : std::conj(r[static_cast<std::size_t>(j + i * coils)]);
-                                sum += rij * vector[static_cast<std::size_t>(j)];
-                            }
-                            next[static_cast<std::size_t>(i)] = sum;
-                        }
-                        float energy = 0.0f;
-                        for (const Complex& value : next) {
-                            energy += std::norm(value);
-                        }
-                        length = std::sqrt(energy);
-                        if (!(length > 0.0f)) {
-                            break;
-                        }
-                        for (Index c = 0; c < coils; ++c) {
-                            vector[static_cast<std::size_t>(c)] = next[static_cast<std::size_t>(c)] / length;
-                        }
-                    }
+                    const bool found = dominant_eigenvector(r, coils, vector, next);
                     const Complex ref = vector[static_cast<std::size_t>(reference)];
                     const float ref_magnitude = std::abs(ref);
                     const Complex rotation =
                         ref_magnitude > 0.0f ? std::conj(ref) / ref_magnitude : Complex(1.0f, 0.0f);
                     for (Index c = 0; c < coils; ++c) {
                         out[c * voxels + s] =
-                            length > 0.0f ? vector[static_cast<std::size_t>(c)] * rotation : Complex(0.0f, 0.0f);
+                            found ? vector[static_cast<std::size_t>(c)] * rotation : Complex(0.0f, 0.0f);
                     }
                 }
             }

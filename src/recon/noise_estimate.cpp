@@ -86,7 +86,12 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
             break;
         }
         const double tail = std::exp(-limit / v);
-        v = sum / static_cast<double>(count) + limit * tail / (1.0 - tail);
+        const double refined = sum / static_cast<double>(count) + limit * tail / (1.0 - tail);
+        const bool settled = std::abs(refined - v) <= 1e-6 * v;
+        v = refined;
+        if (settled) {
+            break;
+        }
     }
     return static_cast<float>(v / weight_energy);
 }
