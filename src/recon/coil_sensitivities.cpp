@@ -1,5 +1,6 @@
 #include "recon/coil_sensitivities.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 

@@ -1,5 +1,6 @@
 #include "recon/noise_whitening.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
