@@ -10,6 +10,22 @@ namespace {
 
 constexpr Index half_width = 2;  // 5 x 5 neighbourhood in x and y
 constexpr int power_iterations = 4;
+constexpr Index grid_step = 2;  // eigenvectors on every second voxel in x and y
+
+// Periodic linear interpolation between grid points k * grid_step of an axis
+// of n samples: the grid indices around p and the weight of the upper one.
+struct GridSpan {
+    Index lower;
+    Index upper;
+    float weight;
+};
+
+GridSpan grid_span(Index p, Index n)
+{
+    const Index lower = p / grid_step * grid_step;
+    const Index upper = lower + grid_step < n ? lower + grid_step : n;  // n is grid point 0 again
+    return {lower, upper % n, static_cast<float>(p - lower) / static_cast<float>(upper - lower)};
+}
 
 using Complex = std::complex<float>;
 
@@ -40,7 +56,7 @@ Index reference_coil(const Complex* volume, Index voxels, Index coils, Index vol
 }
 
 // Coil covariances of one image row, summed over the neighbourhood along x:
-// for every x the `pairs` products l_i * conj(l_j), i <= j, of the coil
+// for every grid x the `pairs` products l_i * conj(l_j), i <= j, of the coil
 // vectors l at x - h .. x + h (periodic), j outer, i inner.
 class RowCovariance {
 public:
@@ -65,7 +81,7 @@ public:
             }
         }
         const Index h = std::min(half_width, (nx_ - 1) / 2);
-        for (Index x = 0; x < nx_; ++x) {
+        for (Index x = 0; x < nx_; x += grid_step) {
             Complex* sum = sums_.data() + x * pairs_;
             std::fill(sum, sum + pairs_, Complex(0.0f, 0.0f));
             for (Index dx = -h; dx <= h; ++dx) {
@@ -114,6 +130,40 @@ bool dominant_eigenvector(const std::vector<Complex>& r, Index coils, std::vecto
     return true;
 }
 
+// Fills the voxels between the grid points of one plane (coils `voxels`
+// apart) by bilinear interpolation of the grid's sensitivity vectors, which
+// share the reference coil's phase, scaled back to unit length.
+void interpolate_between_grid_points(Complex* plane, Index nx, Index ny, Index coils, Index voxels)
+{
+    for (Index y = 0; y < ny; ++y) {
+        const GridSpan gy = grid_span(y, ny);
+        for (Index x = 0; x < nx; ++x) {
+            if (x % grid_step == 0 && y % grid_step == 0) {
+                continue;
+            }
+            const GridSpan gx = grid_span(x, nx);
+            const Index corners[4] = {gx.lower + gy.lower * nx, gx.upper + gy.lower * nx, gx.lower + gy.upper * nx,
+                                      gx.upper + gy.upper * nx};
+            const float weights[4] = {(1.0f - gx.weight) * (1.0f - gy.weight), gx.weight * (1.0f - gy.weight),
+                                      (1.0f - gx.weight) * gy.weight, gx.weight * gy.weight};
+            Complex* target = plane + x + y * nx;
+            float energy = 0.0f;
+            for (Index c = 0; c < coils; ++c) {
+                Complex value(0.0f, 0.0f);
+                for (int k = 0; k < 4; ++k) {
+                    value += weights[k] * plane[c * voxels + corners[k]];
+                }
+                target[c * voxels] = value;
+                energy += std::norm(value);
+            }
+            const float length = std::sqrt(energy);
+            for (Index c = 0; c < coils; ++c) {
+                target[c * voxels] = length > 0.0f ? target[c * voxels] / length : Complex(0.0f, 0.0f);
+            }
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const ReconShape& shape)
@@ -144,7 +194,10 @@ std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const Re
             }
             for (Index y = 0; y < ny; ++y) {
                 slot(y + hy + ny).compute(row_start(y + hy), voxels);
-                for (Index x = 0; x < nx; ++x) {
+                if (y % grid_step != 0) {
+                    continue;
+                }
+                for (Index x = 0; x < nx; x += grid_step) {
                     // Neighbourhood covariance: the upper triangle summed over the rows, then mirrored.
                     std::fill(r.begin(), r.end(), Complex(0.0f, 0.0f));
                     for (Index dy = -hy; dy <= hy; ++dy) {
@@ -176,6 +229,7 @@ std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const Re
                     }
                 }
             }
+            interpolate_between_grid_points(out + z * nx * ny, nx, ny, coils, voxels);
         }
     }
     return sensitivities;
