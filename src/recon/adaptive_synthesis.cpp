@@ -67,6 +67,7 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
         smooth_axis(power, n, axis);
     }
 
+    const float twice_noise = 2.0f * noise_power;
     s = 0;
     for (Index z = 0; z < n[2]; ++z) {
         for (Index y = 0; y < n[1]; ++y) {
@@ -76,7 +77,7 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
                     continue;
                 }
                 const float p = power[s];
-                const float weight = p > noise_power ? 1.0f - noise_power / p : 0.0f;
+                const float weight = p > twice_noise ? 1.0f - twice_noise / p : 0.0f;
                 kspace[s] = weight * kspace[s];
             }
         }

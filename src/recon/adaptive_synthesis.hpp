@@ -1,15 +1,18 @@
 #pragma once
 // Noise-adaptive synthesis: after the partial-Fourier iterations, every
-// synthesised (not acquired) k-space sample is scaled by a Wiener-type weight
-//   w = max(0, 1 - sigma^2 / P),
+// synthesised (not acquired) k-space sample is scaled by
+//   w = max(0, 1 - 2 sigma^2 / P),
 // P the power of its partner at -k (where the synthesis took it from),
 // averaged over the 5 x 5 x 5 neighbourhood of the partner (fewer samples on
-// shorter axes; periodic, so the same in either order). A synthesised sample
-// whose partner holds no more than noise is dropped; one whose partner is
-// well above the noise is kept. Acquired samples are never changed, and with
-// sigma^2 = 0 nothing is. Measured (single coil, SNR 20, 2-D and 3-D): the
-// per-sample smoothed power gives 3-9 % lower error on anatomy than the mean
-// power of the partner plane, and unsmoothed power is worse than either.
+// shorter axes; periodic, so the same in either order). The factor 2: the
+// synthesised sample carries the conjugate of its partner's noise, so in the
+// real, phase-corrected image the two add coherently; with s the signal and
+// P = |s|^2 + sigma^2, the error (1 - w)^2 |s|^2 + (1 + w)^2 sigma^2 of the
+// pair's real part is least at this w. Measured (single coil, 2-D and 3-D,
+// SNR 20 and 50): 2-5 % lower error on anatomy than 1 - sigma^2 / P, the same
+// on phantoms (within 0.2 %), and as good as zero filling or better where
+// that wins; a mean power per partner plane and unsmoothed power are both
+// worse. Acquired samples are never changed, and with sigma^2 = 0 nothing is.
 
 #include <array>
 #include <complex>
