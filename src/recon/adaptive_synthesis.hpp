@@ -9,10 +9,18 @@
 // real, phase-corrected image the two add coherently; with s the signal and
 // P = |s|^2 + sigma^2, the error (1 - w)^2 |s|^2 + (1 + w)^2 sigma^2 of the
 // pair's real part is least at this w. Measured (single coil, 2-D and 3-D,
-// SNR 20 and 50): 2-5 % lower error on anatomy than 1 - sigma^2 / P, the same
-// on phantoms (within 0.2 %), and as good as zero filling or better where
+// SNR 20 and 50): 2-6 % lower error on anatomy than 1 - sigma^2 / P, the same
+// on phantoms (within 0.4 %), and as good as zero filling or better where
 // that wins; a mean power per partner plane and unsmoothed power are both
 // worse. Acquired samples are never changed, and with sigma^2 = 0 nothing is.
+//
+// With several coils, run it once on the k-space of the combined image (the
+// coils' partial-Fourier results combined with unit-length sensitivities;
+// with whitened coils its noise power per sample is the coils' own, 1), not
+// per coil: a coil's own SNR understates what survives the combination, and
+// per-coil weights lost 12-30 % on an 8-coil phantom at SNR 20 and 50, where
+// the combined-image weights are never worse than none (within 0.2 %) and
+// 21-31 % better on anatomy.
 
 #include <array>
 #include <complex>
