@@ -184,7 +184,7 @@ private:
             raw_.shape.coils = seen.channels;
             raw_.sample_time_us = head.sample_time_us;
             raw_.measurement_uid = head.measurement_uid;
-            if (raw_.shape.voxels() * raw_.shape.coils > kMaxSamples) {
+            if (static_cast<double>(raw_.shape.voxels()) * static_cast<double>(raw_.shape.coils) > static_cast<double>(kMaxSamples)) {
                 fail(path_, "absurd sizes: the header's matrix and channel count give more than 2^31 samples per volume");
             }
             if (raw_.oversampling_removed) {

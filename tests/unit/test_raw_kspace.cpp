@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <ismrmrd/dataset.h>
+#include <ismrmrd/xml.h>
 
 #include <hdf5.h>
 
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <sstream>
 
 #include "rawdata/image_writer.hpp"
 #include "rawdata/png_montage.hpp"
@@ -68,7 +70,7 @@ std::vector<std::complex<float>> kept_kspace(const SyntheticScan& scan)
     std::vector<std::complex<float>> kept(scan.kspace.size());
     const ReconShape& s = scan.shape;
     for (Index i = 0; i < s.samples(); ++i) {
-        const Index x = i % s.n[0], y = i / s.n[0] % s.n[1], z = i / s.voxels() * 0 + i / (s.n[0] * s.n[1]) % s.n[2];
+        const Index x = i % s.n[0], y = i / s.n[0] % s.n[1], z = i / (s.n[0] * s.n[1]) % s.n[2];
         if (inside(scan.keep[0], x - s.n[0] / 2) && inside(scan.keep[1], y - s.n[1] / 2) && inside(scan.keep[2], z - s.n[2] / 2)) {
             kept[i] = scan.kspace[i];
         }
@@ -92,9 +94,6 @@ std::string fault_of(const std::string& path)
 
 TEST(RawKspace, RoundTripOfPartialFourierFiles)
 {
-    struct Case {
-        SampledRanges keep;
-    };
     const std::vector<SampledRanges> cases{
         {std::nullopt, KRange{-3, 4}, std::nullopt},       // y missing at the negative end
         {std::nullopt, KRange{-5, 2}, KRange{-2, 3}},      // y at the positive end, z at the negative end
@@ -219,6 +218,21 @@ TEST(RawKspace, BadFilesNameTheFileAndTheFault)
     const std::string noise_only = data_file("noise_only.h5");
     write_scan_file(noise_only, scan);
     EXPECT_NE(fault_of(noise_only).find("no readouts of the image"), std::string::npos);
+
+    // A header whose matrix would need 2^48 samples per coil.
+    const std::string absurd = data_file("absurd.h5");
+    std::string xml;
+    ISMRMRD::Dataset(noise_only.c_str(), "dataset", false).readHeader(xml);
+    ISMRMRD::IsmrmrdHeader header;
+    ISMRMRD::deserialize(xml.c_str(), header);
+    header.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(65535, 65535, 65535);
+    std::ostringstream huge;
+    ISMRMRD::serialize(header, huge);
+    std::remove(absurd.c_str());
+    ISMRMRD::Dataset dataset(absurd.c_str(), "dataset", true);
+    dataset.writeHeader(huge.str());
+    dataset.appendAcquisition(ISMRMRD::Acquisition(8, 2));
+    EXPECT_NE(fault_of(absurd).find("absurd sizes"), std::string::npos);
 }
 
 TEST(ImageWriters, IsmrmrdImagesAndPngMontageReadBack)
