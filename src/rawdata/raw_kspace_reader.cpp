@@ -14,6 +14,7 @@
 #include "rawdata/raw_file_check.hpp"
 #include "rawdata/raw_kspace.hpp"
 #include "rawdata/readout_crop.hpp"
+#include "rawdata/readout_table.hpp"
 #include "rawdata/sampled_range.hpp"
 #include "recon/recon_error.hpp"
 
@@ -25,6 +26,14 @@ namespace {
 constexpr Index kMaxSamples = Index{1} << 31;
 
 using Counters = std::array<std::uint16_t, VOLUME_COUNTERS>;
+using Header = ISMRMRD::ISMRMRD_AcquisitionHeader;
+using Sample = std::complex<float>;
+
+struct NoiseReadout {
+    Index samples;
+    Index channels;
+    std::vector<Sample> values;  // samples x channels
+};
 
 struct Volume {
     std::vector<std::complex<float>> kspace;
@@ -37,32 +46,35 @@ struct Volume {
     throw ReconError("homodyne:badFile", file_fault(path, what));
 }
 
+bool has_flag(const Header& head, ISMRMRD::ISMRMRD_AcquisitionFlags flag)
+{
+    return (head.flags & (std::uint64_t{1} << (flag - 1))) != 0;
+}
+
 // Readouts that are not k-space of the image: navigators, phase correction,
 // dummy scans, feedback and surface-coil scans.
-bool is_auxiliary(const ISMRMRD::Acquisition& acq)
+bool is_auxiliary(const Header& head)
 {
-    const ISMRMRD::AcquisitionHeader& head = acq.getHead();
     for (auto flag : {ISMRMRD::ISMRMRD_ACQ_IS_NAVIGATION_DATA, ISMRMRD::ISMRMRD_ACQ_IS_PHASECORR_DATA,
                       ISMRMRD::ISMRMRD_ACQ_IS_DUMMYSCAN_DATA, ISMRMRD::ISMRMRD_ACQ_IS_RTFEEDBACK_DATA,
                       ISMRMRD::ISMRMRD_ACQ_IS_HPFEEDBACK_DATA, ISMRMRD::ISMRMRD_ACQ_IS_SURFACECOILCORRECTIONSCAN_DATA}) {
-        if (head.isFlagSet(flag)) {
+        if (has_flag(head, flag)) {
             return true;
         }
     }
     return false;
 }
 
-Counters counters_of(const ISMRMRD::Acquisition& acq)
+Counters counters_of(const Header& head)
 {
-    const ISMRMRD::ISMRMRD_EncodingCounters& idx = acq.getHead().idx;
+    const ISMRMRD::ISMRMRD_EncodingCounters& idx = head.idx;
     return {idx.slice, idx.contrast, idx.phase, idx.repetition, idx.set, idx.average};
 }
 
-VolumeGeometry geometry_of(const ISMRMRD::Acquisition& acq)
+VolumeGeometry geometry_of(const Header& head)
 {
-    const ISMRMRD::AcquisitionHeader& head = acq.getHead();
     VolumeGeometry g;
-    g.counters = counters_of(acq);
+    g.counters = counters_of(head);
     std::copy(head.position, head.position + 3, g.position.begin());
     std::copy(head.read_dir, head.read_dir + 3, g.read_dir.begin());
     std::copy(head.phase_dir, head.phase_dir + 3, g.phase_dir.begin());
@@ -133,17 +145,16 @@ public:
         line_.resize(encoded_x_);
     }
 
-    void add(ISMRMRD::Acquisition& acq)
+    void add(const Header& head, const Sample* samples)
     {
-        const ISMRMRD::AcquisitionHeader& head = acq.getHead();
-        if (head.encoding_space_ref != 0 || is_auxiliary(acq)) {
+        if (head.encoding_space_ref != 0 || is_auxiliary(head)) {
             return;
         }
-        if (head.isFlagSet(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT)) {
-            add_noise(acq);
+        if (has_flag(head, ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT)) {
+            add_noise(head, samples);
             return;
         }
-        place_readout(acq);
+        place_readout(head, samples);
     }
 
     RawKspace finish()
@@ -158,17 +169,17 @@ public:
     }
 
 private:
-    void add_noise(ISMRMRD::Acquisition& acq)
+    void add_noise(const Header& head, const Sample* samples)
     {
-        noise_.push_back(acq);
+        noise_.push_back({head.number_of_samples, head.active_channels,
+                          std::vector<Sample>(samples, samples + head.number_of_samples * head.active_channels)});
         if (noise_time_us_ == 0) {
-            noise_time_us_ = acq.getHead().sample_time_us;
+            noise_time_us_ = head.sample_time_us;
         }
     }
 
-    void check_readout(const ISMRMRD::Acquisition& acq)
+    void check_readout(const Header& head)
     {
-        const ISMRMRD::AcquisitionHeader& head = acq.getHead();
         const ReadoutPlacement seen{head.number_of_samples, head.active_channels, head.center_sample, 0};
         if (seen.samples < 1 || seen.channels < 1) {
             fail(path_, "a readout has " + std::to_string(seen.samples) + " samples and " + std::to_string(seen.channels) + " channels");
@@ -204,9 +215,9 @@ private:
         }
     }
 
-    Volume& volume_of(const ISMRMRD::Acquisition& acq)
+    Volume& volume_of(const Header& head)
     {
-        const Counters key = counters_of(acq);
+        const Counters key = counters_of(head);
         auto found = volumes_.find(key);
         if (found != volumes_.end()) {
             return found->second;
@@ -224,14 +235,14 @@ private:
         Volume& volume = volumes_[key];
         volume.kspace.assign(raw_.shape.volume_stride(), {});
         volume.held.assign(raw_.shape.n[1] * raw_.shape.n[2], 0);
-        volume.geometry = geometry_of(acq);
+        volume.geometry = geometry_of(head);
         return volume;
     }
 
-    void place_readout(ISMRMRD::Acquisition& acq)
+    void place_readout(const Header& head, const Sample* samples)
     {
-        check_readout(acq);
-        const ISMRMRD::ISMRMRD_EncodingCounters& idx = acq.getHead().idx;
+        check_readout(head);
+        const ISMRMRD::ISMRMRD_EncodingCounters& idx = head.idx;
         const Index iy = y_.index_of(idx.kspace_encode_step_1);
         const Index iz = z_.index_of(idx.kspace_encode_step_2);
         if (iy < 0 || iz < 0) {
@@ -240,18 +251,18 @@ private:
                             " lies outside the encoded matrix of " + std::to_string(axis.n) + " with its centre at " +
                             std::to_string(axis.centre_counter));
         }
-        Volume& volume = volume_of(acq);
+        Volume& volume = volume_of(head);
         char& held = volume.held[iz * raw_.shape.n[1] + iy];
         duplicates_ += held;
         held = 1;
-        const bool reversed = acq.isFlagSet(ISMRMRD::ISMRMRD_ACQ_IS_REVERSE);
+        const bool reversed = has_flag(head, ISMRMRD::ISMRMRD_ACQ_IS_REVERSE);
         const Index nx = raw_.shape.n[0];
         double line_energy = 0;
         for (Index c = 0; c < readout_.channels; ++c) {
-            const std::complex<float>* samples = acq.getDataPtr() + c * readout_.samples;
-            std::fill(line_.begin(), line_.end(), std::complex<float>{});
+            const Sample* channel = samples + c * readout_.samples;
+            std::fill(line_.begin(), line_.end(), Sample{});
             for (Index s = 0; s < readout_.samples; ++s) {
-                line_[readout_.offset + s] = samples[reversed ? readout_.samples - 1 - s : s];
+                line_[readout_.offset + s] = channel[reversed ? readout_.samples - 1 - s : s];
             }
             const std::complex<float>* line = line_.data();
             if (crop_) {
@@ -277,9 +288,18 @@ private:
         for (Index e : extent_) {
             raw_.shape.volumes *= e;
         }
-        raw_.kspace.assign(raw_.shape.samples(), {});
         raw_.volumes.assign(raw_.shape.volumes, VolumeGeometry{});
-        held_.assign(raw_.shape.n[1] * raw_.shape.n[2], 0);
+        const Index acquired = static_cast<Index>(volumes_.size());
+        if (raw_.shape.volumes == 1) {  // the common case, without a copy
+            Volume& only = volumes_.begin()->second;
+            raw_.kspace = std::move(only.kspace);
+            raw_.volumes[0] = only.geometry;
+            held_ = std::move(only.held);
+            volumes_.clear();
+        } else {
+            raw_.kspace.assign(raw_.shape.samples(), {});
+            held_.assign(raw_.shape.n[1] * raw_.shape.n[2], 0);
+        }
         for (auto it = volumes_.begin(); it != volumes_.end(); it = volumes_.erase(it)) {
             Index v = 0;
             for (int c = VOLUME_COUNTERS - 1; c >= 0; --c) {
@@ -290,10 +310,9 @@ private:
             for (std::size_t i = 0; i < held_.size(); ++i) {
                 held_[i] |= it->second.held[i];
             }
-            ++acquired_volumes_;
         }
-        if (acquired_volumes_ < raw_.shape.volumes) {
-            raw_.warnings.push_back(file_fault(path_, std::to_string(raw_.shape.volumes - acquired_volumes_) + " of " +
+        if (acquired < raw_.shape.volumes) {
+            raw_.warnings.push_back(file_fault(path_, std::to_string(raw_.shape.volumes - acquired) + " of " +
                                                           std::to_string(raw_.shape.volumes) +
                                                           " volumes of the counters' grid hold no readouts; they are zero"));
         }
@@ -359,8 +378,8 @@ private:
     void gather_noise()
     {
         Index samples = 0;
-        for (const ISMRMRD::Acquisition& acq : noise_) {
-            samples += acq.getHead().active_channels == raw_.shape.coils ? acq.getHead().number_of_samples : 0;
+        for (const NoiseReadout& readout : noise_) {
+            samples += readout.channels == raw_.shape.coils ? readout.samples : 0;
         }
         if (samples == 0) {
             return;
@@ -368,15 +387,15 @@ private:
         raw_.noise_samples = samples;
         raw_.noise.resize(samples * raw_.shape.coils);
         Index row = 0;
-        for (const ISMRMRD::Acquisition& acq : noise_) {
-            const Index n = acq.getHead().number_of_samples;
-            if (acq.getHead().active_channels != raw_.shape.coils) {
-                raw_.warnings.push_back(file_fault(path_, "a noise readout with " + std::to_string(acq.getHead().active_channels) +
+        for (const NoiseReadout& readout : noise_) {
+            const Index n = readout.samples;
+            if (readout.channels != raw_.shape.coils) {
+                raw_.warnings.push_back(file_fault(path_, "a noise readout with " + std::to_string(readout.channels) +
                                                               " channels instead of " + std::to_string(raw_.shape.coils) + " is left out"));
                 continue;
             }
             for (Index c = 0; c < raw_.shape.coils; ++c) {
-                std::copy(acq.getDataPtr() + c * n, acq.getDataPtr() + (c + 1) * n, raw_.noise.begin() + c * samples + row);
+                std::copy(readout.values.begin() + c * n, readout.values.begin() + (c + 1) * n, raw_.noise.begin() + c * samples + row);
             }
             row += n;
         }
@@ -400,10 +419,9 @@ private:
     std::map<Counters, Volume> volumes_;
     std::array<Index, VOLUME_COUNTERS> extent_{1, 1, 1, 1, 1, 1};
     std::vector<char> held_;
-    std::vector<ISMRMRD::Acquisition> noise_;
+    std::vector<NoiseReadout> noise_;
     float noise_time_us_ = 0;
     Index duplicates_ = 0;
-    Index acquired_volumes_ = 0;
 };
 
 ISMRMRD::Encoding first_encoding(const std::string& path, const std::string& xml)
@@ -428,30 +446,21 @@ ISMRMRD::Encoding first_encoding(const std::string& path, const std::string& xml
 RawKspace read_raw_kspace(const std::string& path, const RawReadOptions& options)
 {
     check_raw_file(path, options.group);
-    QuietHdf5 quiet;
     std::string xml;
-    std::unique_ptr<ISMRMRD::Dataset> dataset;
-    std::uint32_t count = 0;
-    try {
-        dataset = std::make_unique<ISMRMRD::Dataset>(path.c_str(), options.group.c_str(), false);
-        dataset->readHeader(xml);
-        count = dataset->getNumberOfAcquisitions();
-    } catch (const std::exception&) {
-        fail(path, "the ISMRMRD header or readout table cannot be read (truncated or damaged)");
+    {
+        QuietHdf5 quiet;
+        try {
+            ISMRMRD::Dataset(path.c_str(), options.group.c_str(), false).readHeader(xml);
+        } catch (const std::exception&) {
+            fail(path, "the ISMRMRD header cannot be read (truncated or damaged)");
+        }
     }
     KspaceAssembler assembler(path, first_encoding(path, xml), options.remove_oversampling);
-    if (count == 0) {
+    const ReadoutTable table(path, options.group);
+    if (table.size() == 0) {
         fail(path, "no readouts");
     }
-    ISMRMRD::Acquisition acq;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        try {
-            dataset->readAcquisition(i, acq);
-        } catch (const std::exception&) {
-            fail(path, "readout " + std::to_string(i) + " of " + std::to_string(count) + " cannot be read (truncated or damaged)");
-        }
-        assembler.add(acq);
-    }
+    table.for_each([&assembler](const Header& head, const Sample* samples) { assembler.add(head, samples); });
     RawKspace raw = assembler.finish();
     raw.xml_header = std::move(xml);
     return raw;
