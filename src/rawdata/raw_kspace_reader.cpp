@@ -171,8 +171,8 @@ public:
 private:
     void add_noise(const Header& head, const Sample* samples)
     {
-        noise_.push_back({head.number_of_samples, head.active_channels,
-                          std::vector<Sample>(samples, samples + head.number_of_samples * head.active_channels)});
+        const Index values = Index{head.number_of_samples} * Index{head.active_channels};
+        noise_.push_back({head.number_of_samples, head.active_channels, std::vector<Sample>(samples, samples + values)});
         if (noise_time_us_ == 0) {
             noise_time_us_ = head.sample_time_us;
         }

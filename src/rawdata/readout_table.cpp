@@ -1,5 +1,6 @@
 #include "rawdata/readout_table.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -142,7 +143,7 @@ void ReadoutTable::for_each(const Visitor& visit) const
         } release{type_, memory_space, rows.data()};
         for (hsize_t r = 0; r < n; ++r) {
             const Header& head = rows[r].head;
-            const std::size_t expected = 2u * head.number_of_samples * head.active_channels;
+            const std::size_t expected = std::size_t{2} * head.number_of_samples * head.active_channels;
             if (rows[r].data.len != expected) {
                 fail(path_, "readout " + std::to_string(start + static_cast<Index>(r)) + " stores " +
                                 std::to_string(rows[r].data.len / 2) + " samples, its header says " +

@@ -1,8 +1,9 @@
 #pragma once
 // The readouts of an ISMRMRD file, read straight from its HDF5 table in
 // blocks. The library's own per-readout read builds the table's nested HDF5
-// type anew for every readout; reading blocks of readouts with one type
-// built once is several times faster (measured in the closing notes).
+// type anew for every readout: on a 172 MB file (10240 readouts of 8 x 256
+// samples) its bare loop took 2.2 to 3.7 s, this whole reader (placement
+// and checks included) 1.0 s.
 
 #include <ismrmrd/ismrmrd.h>
 
