@@ -7,6 +7,7 @@
 #include <ismrmrd/xml.h>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
@@ -75,11 +76,13 @@ VolumeGeometry geometry_of(const Header& head)
 {
     VolumeGeometry g;
     g.counters = counters_of(head);
-    std::copy(head.position, head.position + 3, g.position.begin());
-    std::copy(head.read_dir, head.read_dir + 3, g.read_dir.begin());
-    std::copy(head.phase_dir, head.phase_dir + 3, g.phase_dir.begin());
-    std::copy(head.slice_dir, head.slice_dir + 3, g.slice_dir.begin());
-    std::copy(head.patient_table_position, head.patient_table_position + 3, g.patient_table_position.begin());
+    // The library packs its header to 2-byte alignment: copy its float
+    // arrays bytewise rather than through float pointers.
+    std::memcpy(g.position.data(), head.position, sizeof head.position);
+    std::memcpy(g.read_dir.data(), head.read_dir, sizeof head.read_dir);
+    std::memcpy(g.phase_dir.data(), head.phase_dir, sizeof head.phase_dir);
+    std::memcpy(g.slice_dir.data(), head.slice_dir, sizeof head.slice_dir);
+    std::memcpy(g.patient_table_position.data(), head.patient_table_position, sizeof head.patient_table_position);
     g.acquisition_time_stamp = head.acquisition_time_stamp;
     return g;
 }

@@ -90,8 +90,10 @@ void write_scan_file(const std::string& path, const SyntheticScan& scan)
     std::normal_distribution<float> gauss(0.0f, scan.noise_sigma);
     for (Index r = 0; r < scan.noise_readouts; ++r) {
         ISMRMRD::Acquisition acq(static_cast<std::uint16_t>(readout), static_cast<std::uint16_t>(s.coils));
-        acq.setFlag(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT);
-        acq.sample_time_us() = 5.0f;
+        ISMRMRD::AcquisitionHeader head = acq.getHead();
+        head.setFlag(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT);
+        head.sample_time_us = 5.0f;
+        acq.setHead(head);
         for (auto* value = acq.data_begin(); value != acq.data_end(); ++value) {
             *value = {gauss(random), gauss(random)};
         }
@@ -107,12 +109,16 @@ void write_scan_file(const std::string& path, const SyntheticScan& scan)
                     continue;
                 }
                 ISMRMRD::Acquisition acq(static_cast<std::uint16_t>(samples), static_cast<std::uint16_t>(s.coils));
-                acq.center_sample() = static_cast<std::uint16_t>(-x.first);
-                acq.sample_time_us() = 5.0f;
-                acq.idx().kspace_encode_step_1 = static_cast<std::uint16_t>(ky + s.n[1] / 2);
-                acq.idx().kspace_encode_step_2 = static_cast<std::uint16_t>(kz + s.n[2] / 2);
-                acq.idx().repetition = static_cast<std::uint16_t>(v);
-                acq.read_dir()[0] = acq.phase_dir()[1] = acq.slice_dir()[2] = 1.0f;
+                // Fields set on a copy: the library's accessors hand out
+                // references into its 2-byte-packed header.
+                ISMRMRD::AcquisitionHeader head = acq.getHead();
+                head.center_sample = static_cast<std::uint16_t>(-x.first);
+                head.sample_time_us = 5.0f;
+                head.idx.kspace_encode_step_1 = static_cast<std::uint16_t>(ky + s.n[1] / 2);
+                head.idx.kspace_encode_step_2 = static_cast<std::uint16_t>(kz + s.n[2] / 2);
+                head.idx.repetition = static_cast<std::uint16_t>(v);
+                head.read_dir[0] = head.phase_dir[1] = head.slice_dir[2] = 1.0f;
+                acq.setHead(head);
                 for (Index c = 0; c < s.coils; ++c) {
                     const Index line = (((v * s.coils + c) * s.n[2] + kz + s.n[2] / 2) * s.n[1] + ky + s.n[1] / 2) * s.n[0];
                     std::vector<std::complex<float>> full = scan.oversampling == 1
