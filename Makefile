@@ -3,7 +3,7 @@
 
 BUILD_DIR ?= build
 OCTAVE := octave-cli --no-gui --quiet --norc
-MEX_PACKAGES := octave liboctave-dev g++ make libfftw3-dev libismrmrd-dev
+MEX_PACKAGES := octave liboctave-dev g++ make pkg-config libfftw3-dev libismrmrd-dev libpng-dev
 CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev ismrmrd-tools
 BENCH_PACKAGES := $(CHECK_PACKAGES) libbenchmark-dev
 
@@ -59,4 +59,4 @@ bench: mex
 	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
 
 clean:
-	rm -rf $(BUILD_DIR) $(SANITIZE_BUILD_DIR) $(FUZZ_BUILD_DIR) out matlab/homodyne_mex.mex
+	rm -rf $(BUILD_DIR) $(SANITIZE_BUILD_DIR) $(FUZZ_BUILD_DIR) out matlab/homodyne_mex.mex matlab/ismrmrd_mex.mex

@@ -12,7 +12,9 @@ function mex_files = build_homodyne_mex(varargin)
 %   BUILD_HOMODYNE_MEX(..., 'ExtraFlags', FLAGS) appends compiler flags, for
 %   example '-fsanitize=address'.
 %   MEX_FILES = BUILD_HOMODYNE_MEX(...) returns the paths of the built modules
-%   (a cell array): homodyne_mex and every other MEX entry point of the toolbox.
+%   (a cell array): homodyne_mex and every other MEX entry point of the toolbox
+%   (ismrmrd_mex, the raw-data reader, needs Debian's libismrmrd-dev,
+%   libfftw3-dev and libpng-dev).
 %
 %   The module is compiled as C++17 with -O3 -ffp-contract=off: its results
 %   are defined bit for bit in single precision, and fused multiply-add (or
@@ -67,6 +69,23 @@ function modules = mex_modules()
     {{'gateway/mex_entry.cpp', 'gateway/host_arrays.cpp', 'homodyne/filter_gateway.cpp', ...
       'homodyne/filter_weights.cpp', 'homodyne/homodyne_filter.cpp', 'homodyne/pow_third.cpp', ...
       'phase/phase_gateway.cpp', 'phase/phase_transfer.cpp'}});
+  modules(end + 1) = struct('name', 'ismrmrd_mex', 'libraries', {{'ismrmrd', 'hdf5_serial', 'fftw3f', 'png'}}, ...
+    'includes', {hdf5_includes()}, 'sources', ...
+    {{'gateway/raw_kspace_entry.cpp', 'gateway/host_arrays.cpp', 'rawdata/raw_file_check.cpp', ...
+      'rawdata/raw_kspace_reader.cpp', 'rawdata/readout_crop.cpp', 'rawdata/readout_table.cpp', ...
+      'rawdata/sampled_range.cpp', ...
+      'rawdata/image_writer.cpp', 'rawdata/png_montage.cpp'}});
+end
+
+% The HDF5 include folders that the ISMRMRD headers need: from pkg-config where
+% it knows HDF5, else Debian's serial HDF5 folder (whose library, hdf5_serial,
+% the reader links for its block reads of the readout table).
+function includes = hdf5_includes()
+  [status, flags] = system('pkg-config --cflags-only-I hdf5 2>/dev/null');
+  includes = regexp(strtrim(flags), '(?<=-I)\S+', 'match');
+  if status ~= 0 || isempty(includes)
+    includes = {'/usr/include/hdf5/serial'};
+  end
 end
 
 function mex_file = build_module(module, src, api, flags, output_dir)

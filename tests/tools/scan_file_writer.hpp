@@ -1,0 +1,36 @@
+#pragma once
+// Writes ISMRMRD raw-data files from a known k-space, for the tests: only the
+// readouts inside the kept ranges (partial Fourier at either end, on any
+// axes, partial echo on x), optionally with readout oversampling and
+// noise-only readouts, and optionally with a header that lies.
+
+#include <complex>
+#include <string>
+#include <vector>
+
+#include "recon/recon_shape.hpp"
+
+struct SyntheticScan {
+    // Centred k-space at the reconstruction's grid: x, y, z, coils, volumes
+    // (the volumes are written as repetitions).
+    ReconShape shape;
+    std::vector<std::complex<float>> kspace;
+    SampledRanges keep;           // per axis: the block written (nullopt: all); x in
+                                  // k coordinates of the oversampled readout
+    Index oversampling = 1;       // readouts hold this many times nx samples
+    Index noise_readouts = 0;     // noise-only readouts written first
+    float noise_sigma = 1.0f;     // their standard deviation per real part
+    // Lies of the header: the declared centre of ky moved by this many lines
+    // away from the data's k = 0, limits that declare the whole y axis, ky
+    // lines left out.
+    Index declared_centre_shift_y = 0;
+    bool declare_full_y = false;
+    std::vector<Index> dropped_ky;
+};
+
+// Writes `scan` to `path` (replacing it) as dataset "dataset".
+void write_scan_file(const std::string& path, const SyntheticScan& scan);
+
+// The readout of `n` centred samples seen with `factor` times the field of
+// view: the centred DFT of the zero-padded image, computed plainly in double.
+std::vector<std::complex<float>> oversampled_readout(const std::complex<float>* line, Index n, Index factor);

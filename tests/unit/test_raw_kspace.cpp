@@ -1,0 +1,275 @@
+// The ISMRMRD reader on files written from a known k-space: placement of
+// every readout, ranges at either end and on two axes, partial echo, noise
+// readouts, oversampling removal, files that lie, bad files; and the image
+// and PNG writers read back.
+
+#include <gtest/gtest.h>
+#include <ismrmrd/dataset.h>
+#include <ismrmrd/xml.h>
+
+#include <hdf5.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "rawdata/image_writer.hpp"
+#include "rawdata/png_montage.hpp"
+#include "rawdata/raw_kspace.hpp"
+#include "recon/recon_error.hpp"
+#include "scan_file_writer.hpp"
+
+namespace {
+
+std::string data_file(const std::string& name) { return std::string(TEST_DATA_DIR) + "/" + name; }
+
+// A k-space that peaks at k = 0, as an object's does, with random detail.
+SyntheticScan peaked_scan(ReconShape shape)
+{
+    SyntheticScan scan;
+    scan.shape = shape;
+    scan.kspace.resize(shape.samples());
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> detail(-0.3f, 0.3f);
+    Index i = 0;
+    for (Index v = 0; v < shape.volumes * shape.coils; ++v) {
+        for (Index z = 0; z < shape.n[2]; ++z) {
+            for (Index y = 0; y < shape.n[1]; ++y) {
+                for (Index x = 0; x < shape.n[0]; ++x) {
+                    const Index k2 = (x - shape.n[0] / 2) * (x - shape.n[0] / 2) + (y - shape.n[1] / 2) * (y - shape.n[1] / 2) +
+                                     (z - shape.n[2] / 2) * (z - shape.n[2] / 2);
+                    scan.kspace[i++] = std::exp(-0.25f * static_cast<float>(k2)) * std::complex<float>(1 + detail(random), detail(random));
+                }
+            }
+        }
+    }
+    return scan;
+}
+
+ReconShape shape_of(Index x, Index y, Index z, Index coils, Index volumes)
+{
+    ReconShape s;
+    s.n = {x, y, z};
+    s.coils = coils;
+    s.volumes = volumes;
+    return s;
+}
+
+bool inside(const std::optional<KRange>& range, Index k)
+{
+    return !range || (k >= range->first && k <= range->last);
+}
+
+// The k-space the file should give back: the original, zero outside the kept block.
+std::vector<std::complex<float>> kept_kspace(const SyntheticScan& scan)
+{
+    std::vector<std::complex<float>> kept(scan.kspace.size());
+    const ReconShape& s = scan.shape;
+    for (Index i = 0; i < s.samples(); ++i) {
+        const Index x = i % s.n[0], y = i / s.n[0] % s.n[1], z = i / (s.n[0] * s.n[1]) % s.n[2];
+        if (inside(scan.keep[0], x - s.n[0] / 2) && inside(scan.keep[1], y - s.n[1] / 2) && inside(scan.keep[2], z - s.n[2] / 2)) {
+            kept[i] = scan.kspace[i];
+        }
+    }
+    return kept;
+}
+
+std::string fault_of(const std::string& path)
+{
+    try {
+        read_raw_kspace(path);
+    } catch (const ReconError& error) {
+        EXPECT_EQ(error.id, "homodyne:badFile");
+        EXPECT_EQ(std::string(error.what()).rfind(path + ": ", 0), 0u) << error.what();
+        return error.what();
+    }
+    return "";
+}
+
+}  // namespace
+
+TEST(RawKspace, RoundTripOfPartialFourierFiles)
+{
+    const std::vector<SampledRanges> cases{
+        {std::nullopt, KRange{-3, 4}, std::nullopt},       // y missing at the negative end
+        {std::nullopt, KRange{-5, 2}, KRange{-2, 3}},      // y at the positive end, z at the negative end
+        {KRange{-3, 5}, std::nullopt, KRange{-4, 1}},      // partial echo and z at the positive end
+    };
+    for (const SampledRanges& keep : cases) {
+        SyntheticScan scan = peaked_scan(shape_of(12, 10, 8, 3, 2));
+        scan.keep = keep;
+        scan.noise_readouts = 4;
+        const std::string path = data_file("round_trip.h5");
+        write_scan_file(path, scan);
+        const RawKspace raw = read_raw_kspace(path);
+        EXPECT_EQ(raw.shape.n, scan.shape.n);
+        EXPECT_EQ(raw.shape.coils, 3);
+        EXPECT_EQ(raw.shape.volumes, 2);
+        EXPECT_EQ(raw.counter_sizes[REPETITION], 2);
+        EXPECT_TRUE(raw.kspace == kept_kspace(scan));
+        for (int a = 0; a < 3; ++a) {
+            EXPECT_EQ(raw.ranges[a].has_value(), keep[a].has_value());
+            if (keep[a]) {
+                EXPECT_EQ(raw.ranges[a]->first, keep[a]->first);
+                EXPECT_EQ(raw.ranges[a]->last, keep[a]->last);
+            }
+        }
+        EXPECT_TRUE(raw.warnings.empty());
+        // Noise of standard deviation 1 per part: mean power 2 per sample.
+        ASSERT_EQ(raw.noise_samples, 4 * 12);
+        double power = 0;
+        for (auto value : raw.noise) {
+            power += std::norm(value);
+        }
+        EXPECT_NEAR(power / static_cast<double>(raw.noise.size()), 2.0, 0.5);
+    }
+}
+
+TEST(RawKspace, OversamplingKeptOrRemoved)
+{
+    SyntheticScan scan = peaked_scan(shape_of(16, 6, 1, 2, 1));
+    scan.oversampling = 2;
+    scan.keep[AXIS_X] = KRange{-16, 11};  // partial echo on the oversampled readout
+    const std::string path = data_file("oversampled.h5");
+    write_scan_file(path, scan);
+
+    RawReadOptions keep_oversampling;
+    keep_oversampling.remove_oversampling = false;
+    const RawKspace kept = read_raw_kspace(path, keep_oversampling);
+    ASSERT_EQ(kept.shape.n[0], 32);
+    EXPECT_FALSE(kept.oversampling_removed);
+    EXPECT_EQ(kept.ranges[AXIS_X]->first, -16);
+    EXPECT_EQ(kept.ranges[AXIS_X]->last, 11);
+    EXPECT_FLOAT_EQ(kept.fov_mm[0], 400.0f);
+
+    scan.keep[AXIS_X].reset();
+    write_scan_file(path, scan);
+    const RawKspace removed = read_raw_kspace(path);
+    ASSERT_EQ(removed.shape.n[0], 16);
+    EXPECT_TRUE(removed.oversampling_removed && !removed.ranges[AXIS_X]);
+    EXPECT_FLOAT_EQ(removed.fov_mm[0], 200.0f);
+    for (std::size_t i = 0; i < scan.kspace.size(); ++i) {
+        EXPECT_LT(std::abs(removed.kspace[i] - scan.kspace[i]), 2e-6f) << i;
+    }
+}
+
+TEST(RawKspace, ShepLoganFileWithNoiseScan)
+{
+    const std::string path = data_file("shepp_logan.h5");
+    ASSERT_EQ(std::system(("ismrmrd_generate_cartesian_shepp_logan -m 32 -c 4 -C -o " + path + " > /dev/null").c_str()), 0);
+    const RawKspace raw = read_raw_kspace(path);
+    EXPECT_EQ(raw.shape.n, (std::array<Index, 3>{32, 32, 1}));
+    EXPECT_EQ(raw.shape.coils, 4);
+    EXPECT_TRUE(!raw.ranges[0] && !raw.ranges[1] && !raw.ranges[2]);
+    EXPECT_GT(raw.noise_samples, 0);
+    EXPECT_FLOAT_EQ(raw.noise_variance_scale, 0.5f);  // half the readout bandwidth kept
+}
+
+TEST(RawKspace, FilesThatLieAboutTheirLimits)
+{
+    SyntheticScan scan = peaked_scan(shape_of(8, 16, 1, 1, 1));
+    scan.keep[AXIS_Y] = KRange{-3, 7};
+    const std::string path = data_file("lies.h5");
+
+    scan.declare_full_y = true;  // limits claim every line: the readouts' block is used
+    write_scan_file(path, scan);
+    const RawKspace raw = read_raw_kspace(path);
+    EXPECT_EQ(raw.ranges[AXIS_Y]->first, -3);
+    ASSERT_EQ(raw.warnings.size(), 1u);
+    EXPECT_NE(raw.warnings[0].find("declare k = -8 .. 7 but the readouts hold k = -3 .. 7"), std::string::npos) << raw.warnings[0];
+
+    scan.declare_full_y = false;
+    scan.declared_centre_shift_y = 2;  // k = 0 declared two lines off
+    write_scan_file(path, scan);
+    EXPECT_NE(fault_of(path).find("the energy peak lies at k = -2"), std::string::npos);
+
+    scan.declared_centre_shift_y = 0;
+    scan.dropped_ky = {2, 3};
+    write_scan_file(path, scan);
+    EXPECT_NE(fault_of(path).find("lines missing inside the sampled block of kspace_encode_step_1: the readouts hold "
+                                  "k = -3 .. 7 but nothing at k = 2 .. 3"),
+              std::string::npos);
+}
+
+TEST(RawKspace, BadFilesNameTheFileAndTheFault)
+{
+    EXPECT_NE(fault_of(data_file("absent.h5")).find("no such file"), std::string::npos);
+
+    const std::string text = data_file("text.h5");
+    std::ofstream(text) << "not HDF5\n";
+    EXPECT_NE(fault_of(text).find("not an HDF5 file"), std::string::npos);
+
+    const std::string empty = data_file("empty.h5");
+    H5Fclose(H5Fcreate(empty.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT));
+    EXPECT_NE(fault_of(empty).find("no ISMRMRD dataset"), std::string::npos);
+
+    SyntheticScan scan = peaked_scan(shape_of(8, 8, 1, 2, 1));
+    const std::string truncated = data_file("truncated.h5");
+    write_scan_file(truncated, scan);
+    std::filesystem::resize_file(truncated, std::filesystem::file_size(truncated) / 2);
+    EXPECT_NE(fault_of(truncated).find("truncated or damaged"), std::string::npos);
+
+    scan.keep[AXIS_Y] = KRange{1, 0};  // no image readouts, only noise
+    scan.noise_readouts = 2;
+    const std::string noise_only = data_file("noise_only.h5");
+    write_scan_file(noise_only, scan);
+    EXPECT_NE(fault_of(noise_only).find("no readouts of the image"), std::string::npos);
+
+    // A header whose matrix would need 2^48 samples per coil.
+    const std::string absurd = data_file("absurd.h5");
+    std::string xml;
+    ISMRMRD::Dataset(noise_only.c_str(), "dataset", false).readHeader(xml);
+    ISMRMRD::IsmrmrdHeader header;
+    ISMRMRD::deserialize(xml.c_str(), header);
+    header.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(65535, 65535, 65535);
+    std::ostringstream huge;
+    ISMRMRD::serialize(header, huge);
+    std::remove(absurd.c_str());
+    ISMRMRD::Dataset dataset(absurd.c_str(), "dataset", true);
+    dataset.writeHeader(huge.str());
+    dataset.appendAcquisition(ISMRMRD::Acquisition(8, 2));
+    EXPECT_NE(fault_of(absurd).find("absurd sizes"), std::string::npos);
+}
+
+TEST(ImageWriters, IsmrmrdImagesAndPngMontageReadBack)
+{
+    SyntheticScan scan = peaked_scan(shape_of(6, 4, 2, 1, 3));
+    const std::string raw_path = data_file("for_images.h5");
+    write_scan_file(raw_path, scan);
+    const RawKspace raw = read_raw_kspace(raw_path);
+    ReconShape shape = raw.shape;
+    std::vector<float> images(shape.samples());
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        images[i] = static_cast<float>(i % 7) - 3.0f;
+    }
+    const std::string path = data_file("images.h5");
+    write_magnitude_images(path, raw, shape, images.data(), 2);
+    ISMRMRD::Dataset dataset(path.c_str(), "dataset", false);
+    ASSERT_EQ(dataset.getNumberOfImages("image_2"), 3u);
+    ISMRMRD::Image<float> image;
+    dataset.readImage("image_2", 2, image);
+    EXPECT_EQ(image.getMatrixSizeX(), 6);
+    EXPECT_EQ(image.getMatrixSizeZ(), 2);
+    EXPECT_FLOAT_EQ(image.getFieldOfViewY(), 200.0f);
+    EXPECT_EQ(image.getRepetition(), 2);
+    EXPECT_EQ(image.getImageIndex(), 3);
+    EXPECT_EQ(image.getImageSeriesIndex(), 2);
+    EXPECT_EQ(image.getImageType(), ISMRMRD::ISMRMRD_IMTYPE_MAGNITUDE);
+    for (Index i = 0; i < 48; ++i) {
+        EXPECT_EQ(image.getDataPtr()[i], std::fabs(images[2 * 48 + i]));
+    }
+
+    const std::string png = data_file("montage.png");
+    write_png_montage(png, images.data(), shape);
+    std::ifstream in(png, std::ios::binary);
+    std::vector<unsigned char> head(24);
+    in.read(reinterpret_cast<char*>(head.data()), 24);
+    // Six 6x4 tiles in a 3x2 grid: 18 x 8 pixels, width and height big-endian at bytes 16 and 20.
+    EXPECT_EQ(head[1], 'P');
+    EXPECT_EQ(head[19], 18);
+    EXPECT_EQ(head[23], 8);
+}
