@@ -165,8 +165,7 @@ void BM_Filter(benchmark::State& state)
     const double seconds = time_in_place(state, [&](float* d) {
         std::unique_ptr<float[]> out(new float[2 * block]);
         const ComplexPlanes data = planes_of(d, kSamples, separate);
-        crop_block(data, shape, c.x, c.y, c.z, planes_of(out.get(), block, separate));
-        weight_in_place(data, shape, c.x, c.y, c.z);
+        crop_and_weight(data, shape, c.x, c.y, c.z, planes_of(out.get(), block, separate));
         benchmark::DoNotOptimize(out.get());
     }, 2 * block * sizeof(float));
     report(state, "filter" + std::to_string(axes), seconds);

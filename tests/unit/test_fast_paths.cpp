@@ -34,11 +34,13 @@ bool same_bits(const std::vector<float>& a, const std::vector<float>& b)
 }
 
 // Random weights drawn from a few values, so that positions share weights
-// the way homodyne ramps do (runs of 0 and 2) and also at random.
+// the way homodyne ramps do (runs of 0 and 2) and also at random; a block
+// inside the axis.
 AxisFilter random_axis(int n, bool weighted, std::mt19937& rng)
 {
     AxisFilter axis;
     axis.weighted = weighted;
+    axis.first = n / 3, axis.last = n - 1 - n / 4;
     const std::vector<float> palette = random_floats(5, rng, 0.0f, 2.0f);
     std::uniform_int_distribution<int> pick(0, 6);
     for (int i = 0; i < n; ++i) {
@@ -92,9 +94,19 @@ TEST(FastPaths, WeightingMatchesPerSamplePow)
             for (std::size_t i = 0; i < n; ++i) {
                 pairs[2 * i] = re[i], pairs[2 * i + 1] = im[i];
             }
+            // The one-pass crop and weighting crops as crop_block does on the data before weighting.
+            const std::size_t m = std::size_t(x.extent()) * y.extent() * z.extent() * shape.nvol;
+            std::vector<float> block_re(m), block_im(m), pair_block(2 * m), pair_block_re(m), pair_block_im(m);
+            crop_block(ComplexPlanes{re.data(), im.data(), 1}, shape, x, y, z,
+                       ComplexPlanes{block_re.data(), block_im.data(), 1});
             weight_in_place(ComplexPlanes{planes_re.data(), planes_im.data(), 1}, shape, x, y, z);
-            weight_in_place(ComplexPlanes{pairs.data(), pairs.data() + 1, 2}, shape, x, y, z);
+            crop_and_weight(ComplexPlanes{pairs.data(), pairs.data() + 1, 2}, shape, x, y, z,
+                            ComplexPlanes{pair_block.data(), pair_block.data() + 1, 2});
             weight_in_place(ComplexPlanes{real_only.data(), nullptr, 1}, shape, x, y, z);
+            for (std::size_t i = 0; i < m; ++i) {
+                pair_block_re[i] = pair_block[2 * i], pair_block_im[i] = pair_block[2 * i + 1];
+            }
+            EXPECT_TRUE(same_bits(pair_block_re, block_re) && same_bits(pair_block_im, block_im));
             std::vector<float> pairs_re(n), pairs_im(n);
             for (std::size_t i = 0; i < n; ++i) {
                 pairs_re[i] = pairs[2 * i], pairs_im[i] = pairs[2 * i + 1];
