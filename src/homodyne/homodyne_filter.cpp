@@ -85,33 +85,50 @@ WeightClasses classify(const std::vector<float>& weights)
 // c = 1 the power returns its argument exactly; for c = 2 the square root
 // gives the same float as pow(p, 0.5) for every non-negative float p (checked
 // over all of them); for c = 3 PowThirdOfProducts gives pow's float.
+// Homodyne ramps begin with a run of 0 and end with a run of 2: a row is
+// computed from the last position of the leading run of equal x weights to
+// the first of the trailing run, and those two values are copied over the runs.
 class CombinedWeightRows {
 public:
     CombinedWeightRows(const AxisFilter& x, const AxisFilter& y, const AxisFilter& z, int weighted_axes)
         : wx_(x.weights), wy_(y.weights), wz_(z.weights), weighted_axes_(weighted_axes)
     {
+        const std::size_t n = wx_.size();
+        if (n == 0) {
+            return;
+        }
+        while (first_ + 1 < n && bits_of(wx_[first_ + 1]) == bits_of(wx_[0])) {
+            ++first_;
+        }
+        last_ = n - 1;
+        while (last_ > first_ && bits_of(wx_[last_ - 1]) == bits_of(wx_[n - 1])) {
+            --last_;
+        }
         if (weighted_axes == 3) {
-            cube_roots_.emplace(wx_, wy_, wz_);
+            cube_roots_.emplace(std::vector<float>(wx_.begin() + first_, wx_.begin() + last_ + 1), wy_, wz_);
         }
     }
 
-    void make(int j, int k, float* row)
+    void make(int j, int k, float* row) const
     {
-        if (cube_roots_) {
-            cube_roots_->row(j, k, row);
+        const std::size_t n = wx_.size();
+        if (n == 0) {
             return;
         }
         const float wy = wy_[j], wz = wz_[k];
-        const std::size_t n = wx_.size();
-        if (weighted_axes_ == 1) {
-            for (std::size_t i = 0; i < n; ++i) {
+        if (cube_roots_) {
+            cube_roots_->row(j, k, row + first_);
+        } else if (weighted_axes_ == 1) {
+            for (std::size_t i = first_; i <= last_; ++i) {
                 row[i] = wx_[i] * wy * wz;
             }
         } else {
-            for (std::size_t i = 0; i < n; ++i) {
+            for (std::size_t i = first_; i <= last_; ++i) {
                 row[i] = static_cast<float>(std::sqrt(static_cast<double>(wx_[i] * wy * wz)));
             }
         }
+        std::fill(row, row + first_, row[first_]);
+        std::fill(row + last_ + 1, row + n, row[last_]);
     }
 
 private:
@@ -119,6 +136,7 @@ private:
     const std::vector<float>& wy_;
     const std::vector<float>& wz_;
     int weighted_axes_;
+    std::size_t first_ = 0, last_ = 0;  // the span of x positions computed
     std::optional<PowThirdOfProducts> cube_roots_;
 };
 

@@ -35,8 +35,8 @@ bool same_bits(const std::vector<float>& a, const std::vector<float>& b)
 }
 
 // Random weights drawn from a few values, so that positions share weights
-// the way homodyne ramps do (runs of 0 and 2) and also at random; a block
-// inside the axis.
+// the way homodyne ramps do (runs of 0 and 2 at the ends) and also at
+// random; a block inside the axis.
 AxisFilter random_axis(int n, bool weighted, std::mt19937& rng)
 {
     AxisFilter axis;
@@ -45,7 +45,7 @@ AxisFilter random_axis(int n, bool weighted, std::mt19937& rng)
     const std::vector<float> palette = random_floats(5, rng, 0.0f, 2.0f);
     std::uniform_int_distribution<int> pick(0, 6);
     for (int i = 0; i < n; ++i) {
-        const int p = pick(rng);
+        const int p = i < n / 5 ? 5 : i >= n - n / 6 ? 6 : pick(rng);  // ramps start with 0s, end with 2s
         axis.weights.push_back(!weighted ? 1.0f : p < 5 ? palette[p] : p == 5 ? 0.0f : 2.0f);
     }
     return axis;
