@@ -25,9 +25,9 @@ std::uint64_t bits_of(double value) { return __builtin_bit_cast(std::uint64_t, v
 
 // A normal float: a product of that size carries a relative rounding error
 // below 2^-24.
-inline bool normal(std::uint32_t bits) { return (bits & 0x7fffffffu) - 0x00800000u < 0x7f000000u; }
+inline unsigned normal(std::uint32_t bits) { return (bits & 0x7fffffffu) - 0x00800000u < 0x7f000000u; }
 // A positive normal float: p^e is then a normal float too.
-inline bool positive_normal(std::uint32_t bits) { return bits - 0x00800000u < 0x7f000000u; }
+inline unsigned positive_normal(std::uint32_t bits) { return bits - 0x00800000u < 0x7f000000u; }
 
 // The values of one row at y and z weights wy and wz: yz = wy wz exactly,
 // root_yz = wy^e wz^e and e_inverse_yz = e / (wy wz), in double.
