@@ -51,7 +51,7 @@ fuzz:
 
 # The C++ core benchmarks, the MEX commands timed from Octave, homodyne_recon
 # beside Debian's bart and the vectorized chain, and the accuracy beside bart:
-# one table, printed and kept in out/bench/RESULTS.md (about 13 minutes).
+# one table, printed and kept in out/bench/RESULTS.md (5 to 9 minutes).
 bench: mex
 	@scripts/ensure_deps.sh $(BENCH_PACKAGES) bart octave-bart
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
