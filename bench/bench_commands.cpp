@@ -6,9 +6,11 @@
 //   multiply: an in-place pass over the data (sign flip), the least any
 //             in-place command must do.
 // Each iteration starts from the same data (restored outside the timing).
-// Counters: x_baseline, the case's time over its baseline's in the same run;
-// scratch_MB, the most heap memory a command held at once beyond its output
-// (the data themselves are 64 MiB).
+// A command case runs its baseline in turns with itself, iteration by
+// iteration, so that a slow spell of the shared machine hits both alike.
+// Counters: x_baseline, the case's time over its baseline's, taken in those
+// turns; scratch_MB, the most heap memory a command held at once beyond its
+// output (the data themselves are 64 MiB).
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -16,10 +18,8 @@
 #include <cstring>
 #include <new>
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "homodyne/homodyne_filter.hpp"
@@ -73,44 +73,50 @@ const std::vector<float>& original_data()
     return data;
 }
 
-std::map<std::string, double>& baseline_seconds()
-{
-    static std::map<std::string, double> seconds;
-    return seconds;
-}
+// Runs `body` on a fresh copy of the data each iteration, and `baseline`
+// (when given) on another fresh copy just before it; returns the mean seconds
+// of both and reports the peak heap that body held beyond `output_bytes`.
+struct Seconds {
+    double body = 0, baseline = 0;
+};
 
-// Runs `body` on a fresh copy of the data each iteration; returns mean
-// seconds, and reports the peak heap the body held beyond `output_bytes`.
-template <typename Body>
-double time_in_place(benchmark::State& state, Body body, std::size_t output_bytes = 0)
+template <typename Body, typename Baseline>
+Seconds time_in_turns(benchmark::State& state, Body body, Baseline baseline, std::size_t output_bytes = 0)
 {
     std::vector<float> work(original_data());
-    double total = 0;
+    Seconds total;
     std::size_t scratch = 0;
-    for (auto _ : state) {
+    const auto timed = [&](auto run) {
         state.PauseTiming();
         std::memcpy(work.data(), original_data().data(), work.size() * sizeof(float));
-        const std::size_t held_before = heap::held;
-        heap::peak = held_before;
         state.ResumeTiming();
         const auto start = std::chrono::steady_clock::now();
-        body(work.data());
+        run(work.data());
         benchmark::ClobberMemory();
-        total += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    for (auto _ : state) {
+        total.baseline += timed(baseline);
+        const std::size_t held_before = heap::held;
+        heap::peak = held_before;
+        total.body += timed(body);
         scratch = std::max(scratch, heap::peak - held_before - output_bytes);
     }
     state.counters["scratch_MB"] = static_cast<double>(scratch) / (1 << 20);
-    return total / static_cast<double>(state.iterations());
+    const double n = static_cast<double>(state.iterations());
+    return {total.body / n, total.baseline / n};
 }
 
-void report(benchmark::State& state, const std::string& baseline, double seconds)
+// The time of a case, and its ratio to its baseline when it has one.
+void report(benchmark::State& state, const Seconds& seconds, bool has_baseline)
 {
-    state.counters["ms"] = seconds * 1e3;
-    const auto it = baseline_seconds().find(baseline);
-    if (it != baseline_seconds().end()) {
-        state.counters["x_baseline"] = seconds / it->second;
+    state.counters["ms"] = seconds.body * 1e3;
+    if (has_baseline) {
+        state.counters["x_baseline"] = seconds.body / seconds.baseline;
     }
 }
+
+void no_baseline(float*) {}
 
 struct FilterCase {
     AxisFilter x, y, z;
@@ -131,22 +137,33 @@ std::size_t block_samples(const FilterCase& c)
     return std::size_t(c.x.extent()) * c.y.extent() * c.z.extent();
 }
 
-void BM_FilterBaseline(benchmark::State& state)
-{
-    const int axes = static_cast<int>(state.range(0));
-    const std::size_t block = block_samples(filter_case(axes));
-    const std::vector<float> weights(kSamples, 0.999f);
-    const double seconds = time_in_place(state, [&](float* d) {
+// A plain in-place pass multiplying the data by a weight array, and a copy of
+// a block's bytes into a fresh array.
+struct FilterBaseline {
+    std::size_t block;
+    const std::vector<float>* weights;
+    void operator()(float* d) const
+    {
         for (std::size_t i = 0; i < kSamples; ++i) {
-            d[2 * i] *= weights[i];
-            d[2 * i + 1] *= weights[i];
+            d[2 * i] *= (*weights)[i];
+            d[2 * i + 1] *= (*weights)[i];
         }
         std::unique_ptr<float[]> copy(new float[2 * block]);
         std::memcpy(copy.get(), d, 2 * block * sizeof(float));
         benchmark::DoNotOptimize(copy.get());
-    });
-    baseline_seconds()["filter" + std::to_string(axes)] = seconds;
-    report(state, "", seconds);
+    }
+};
+
+const std::vector<float>& baseline_weights()
+{
+    static const std::vector<float> weights(kSamples, 0.999f);
+    return weights;
+}
+
+void BM_FilterBaseline(benchmark::State& state)
+{
+    const FilterBaseline baseline{block_samples(filter_case(static_cast<int>(state.range(0)))), &baseline_weights()};
+    report(state, time_in_turns(state, baseline, no_baseline), false);
 }
 
 // The samples of a buffer of 2 n floats in the layout the benchmark asks for.
@@ -162,25 +179,28 @@ void BM_Filter(benchmark::State& state)
     const FilterCase c = filter_case(axes);
     const std::size_t block = block_samples(c);
     const VolumeShape shape{kX, kY, kZ, 1};
-    const double seconds = time_in_place(state, [&](float* d) {
+    const auto filter = [&](float* d) {
         std::unique_ptr<float[]> out(new float[2 * block]);
         const ComplexPlanes data = planes_of(d, kSamples, separate);
-        crop_block(data, shape, c.x, c.y, c.z, planes_of(out.get(), block, separate));
-        weight_in_place(data, shape, c.x, c.y, c.z);
+        crop_and_weight(data, shape, c.x, c.y, c.z, planes_of(out.get(), block, separate));
         benchmark::DoNotOptimize(out.get());
-    }, 2 * block * sizeof(float));
-    report(state, "filter" + std::to_string(axes), seconds);
+    };
+    const FilterBaseline baseline{block, &baseline_weights()};
+    report(state, time_in_turns(state, filter, baseline, 2 * block * sizeof(float)), true);
+}
+
+// A plain in-place pass over the data (sign flip), the least any in-place
+// command must do.
+void stream_baseline(float* d)
+{
+    for (std::size_t i = 0; i < 2 * kSamples; ++i) {
+        d[i] = -d[i];
+    }
 }
 
 void BM_MultiplyBaseline(benchmark::State& state)
 {
-    const double seconds = time_in_place(state, [](float* d) {
-        for (std::size_t i = 0; i < 2 * kSamples; ++i) {
-            d[i] = -d[i];
-        }
-    });
-    baseline_seconds()["multiply"] = seconds;
-    report(state, "", seconds);
+    report(state, time_in_turns(state, stream_baseline, no_baseline), false);
 }
 
 void BM_Multiply(benchmark::State& state)
@@ -195,10 +215,10 @@ void BM_Multiply(benchmark::State& state)
     const std::size_t n = std::size_t(low_dims[0]) * low_dims[1] * low_dims[2];
     std::vector<float> low_re(original_data().begin(), original_data().begin() + n);
     std::vector<float> low_im(original_data().begin() + n, original_data().begin() + 2 * n);
-    const double seconds = time_in_place(state, [&](float* d) {
+    const auto multiply = [&](float* d) {
         AddLowResPhase(planes_of(d, kSamples, separate), data_dims, low_re.data(), low_im.data(), low_dims);
-    });
-    report(state, "multiply", seconds);
+    };
+    report(state, time_in_turns(state, multiply, stream_baseline), true);
 }
 
 }  // namespace

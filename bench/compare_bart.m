@@ -6,7 +6,7 @@ function report = compare_bart(results_file)
 %   command of BART (Debian packages bart and octave-bart), both single
 %   threaded. It writes the NRMSE of the magnitude against the fully sampled
 %   reference and the median time of three runs (after a warm-up run) to
-%   bench/RESULTS.md, with the date and the machine, and prints the same.
+%   out/bench/compare_bart.md, with the date and the machine, and prints the same.
 %   COMPARE_BART(RESULTS_FILE) writes to RESULTS_FILE instead.
 %   REPORT = COMPARE_BART() returns that markdown text and neither prints
 %   nor writes it (RUN_BENCHMARKS puts it into its own report).
@@ -33,7 +33,7 @@ function report = compare_bart(results_file)
 
   here = fileparts(mfilename('fullpath'));
   if nargin < 1
-    results_file = fullfile(here, 'RESULTS.md');
+    results_file = fullfile(fileparts(here), 'out', 'bench', 'compare_bart.md');
   end
   if exist('bart', 'file') ~= 2
     error('compare_bart: octave-bart''s bart() is not on the path; install bart and octave-bart.');

@@ -1,11 +1,12 @@
 // The plain-buffer "filter" core (plan_axis_filter, crop_block,
-// weight_in_place) on arbitrary small shapes and ranges, in both complex
-// layouts and for real data. Input: sizes nx, ny, nz (0-6) and nvol (0-3) as
+// weight_in_place, and both in one pass as crop_and_weight for interleaved
+// data) on arbitrary small shapes and ranges, in both complex layouts and for
+// real data. Input: sizes nx, ny, nz (0-6) and nvol (0-3) as
 // one byte each; per axis a byte (odd: the axis has a range) and two doubles;
 // then the samples (real parts, then imaginary parts).
 //
-// Beyond what the sanitizers see, every layout must give the same bits, and
-// real data must give the real part of the complex result.
+// Beyond what the sanitizers see, every layout and both paths must give the
+// same bits, and real data must give the real part of the complex result.
 
 #include <array>
 #include <cstddef>
@@ -44,8 +45,12 @@ FilterResult run(const TwoLayouts& samples, const VolumeShape& shape, const std:
             block_view = ComplexPlanes{block.re.data(), block.im.data(), 1};
             break;
     }
-    crop_block(data_view, shape, axes[0], axes[1], axes[2], block_view);
-    weight_in_place(data_view, shape, axes[0], axes[1], axes[2]);
+    if (layout == Layout::interleaved) {
+        crop_and_weight(data_view, shape, axes[0], axes[1], axes[2], block_view);
+    } else {
+        crop_block(data_view, shape, axes[0], axes[1], axes[2], block_view);
+        weight_in_place(data_view, shape, axes[0], axes[1], axes[2]);
+    }
     if (layout == Layout::interleaved) {
         return {data.pairs_real(), data.pairs_imag(), block.pairs_real(), block.pairs_imag()};
     }

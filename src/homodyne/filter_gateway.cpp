@@ -137,6 +137,5 @@ void ApplyHomodyneFilter(int /*nlhs*/, mxArray** plhs, int nrhs, const mxArray**
     plhs[0] = create_complex_single(block_dims);
 
     const ComplexPlanes samples = single_planes(data);
-    crop_block(samples, shape, axes[0], axes[1], axes[2], single_planes(plhs[0]));
-    weight_in_place(samples, shape, axes[0], axes[1], axes[2]);
+    crop_and_weight(samples, shape, axes[0], axes[1], axes[2], single_planes(plhs[0]));
 }

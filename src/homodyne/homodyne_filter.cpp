@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 #include "homodyne/filter_weights.hpp"
 #include "homodyne/pow_third.hpp"
@@ -47,35 +48,11 @@ void copy_samples(const ComplexPlanes& src, std::ptrdiff_t from, const ComplexPl
     }
 }
 
-}  // namespace
-
-void crop_block(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x, const AxisFilter& y,
-                const AxisFilter& z, const ComplexPlanes& block)
-{
-    const std::ptrdiff_t mx = x.extent(), my = y.extent(), mz = z.extent();
-    if (mx <= 0 || my <= 0 || mz <= 0) {
-        return;
-    }
-    const std::ptrdiff_t nx = shape.nx, ny = shape.ny;
-    const std::ptrdiff_t data_volume = nx * ny * shape.nz;
-    std::ptrdiff_t out = 0;
-    for (std::ptrdiff_t v = 0; v < shape.nvol; ++v) {
-        for (std::ptrdiff_t k = 0; k < mz; ++k) {
-            for (std::ptrdiff_t j = 0; j < my; ++j, out += mx) {
-                const std::ptrdiff_t row = v * data_volume + ((z.first + k) * ny + y.first + j) * nx + x.first;
-                copy_samples(data, row, block, out, mx);
-            }
-        }
-    }
-}
-
-namespace {
-
 // The positions of an axis grouped by weight (compared bit for bit), so that
-// a combined weight is computed once for all positions with equal weights.
+// a row of combined weights is made once for all positions with equal weights.
 struct WeightClasses {
-    std::vector<float> values;   // one weight per class
-    std::vector<int> class_of;   // the class of each position
+    std::vector<int> class_of;  // the class of each position
+    std::size_t count = 0;
 };
 
 std::uint32_t bits_of(float value)
@@ -93,10 +70,7 @@ WeightClasses classify(const std::vector<float>& weights)
     distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
 
     WeightClasses classes;
-    classes.values.resize(distinct.size());
-    for (std::size_t c = 0; c < distinct.size(); ++c) {
-        std::memcpy(&classes.values[c], &distinct[c], sizeof(float));
-    }
+    classes.count = distinct.size();
     classes.class_of.resize(weights.size());
     for (std::size_t i = 0; i < weights.size(); ++i) {
         classes.class_of[i] =
@@ -105,29 +79,66 @@ WeightClasses classify(const std::vector<float>& weights)
     return classes;
 }
 
-// The combined weight of every x class for one pair of y and z weights: the
-// geometric mean of the weighted axes' weights, pow(wx * wy * wz, 1/c) with
-// the single-precision exponent 1.0f / c, rounded to single. For c = 1 the
-// power returns its argument exactly; for c = 2 the square root gives the
-// same float as pow(p, 0.5) for every non-negative float p (checked over all
-// of them); for c = 3 pow_third gives pow's float at a fraction of its cost.
-void combine_classes(const std::vector<float>& wx, float wy, float wz, int weighted_axes,
-                     std::vector<float>& products, std::vector<float>& weights)
-{
-    const std::size_t n = wx.size();
-    for (std::size_t c = 0; c < n; ++c) {
-        products[c] = wx[c] * wy * wz;
-    }
-    if (weighted_axes == 1) {
-        weights = products;
-    } else if (weighted_axes == 2) {
-        for (std::size_t c = 0; c < n; ++c) {
-            weights[c] = static_cast<float>(std::sqrt(static_cast<double>(products[c])));
+// Rows of combined weights: for y position j and z position k, the geometric
+// mean of the weighted axes' weights at every x position, pow(wx * wy * wz, e)
+// with the single-precision exponent e = 1.0f / c, rounded to single. For
+// c = 1 the power returns its argument exactly; for c = 2 the square root
+// gives the same float as pow(p, 0.5) for every non-negative float p (checked
+// over all of them); for c = 3 PowThirdOfProducts gives pow's float.
+// Homodyne ramps begin with a run of 0 and end with a run of 2: a row is
+// computed from the last position of the leading run of equal x weights to
+// the first of the trailing run, and those two values are copied over the runs.
+class CombinedWeightRows {
+public:
+    CombinedWeightRows(const AxisFilter& x, const AxisFilter& y, const AxisFilter& z, int weighted_axes)
+        : wx_(x.weights), wy_(y.weights), wz_(z.weights), weighted_axes_(weighted_axes)
+    {
+        const std::size_t n = wx_.size();
+        if (n == 0) {
+            return;
         }
-    } else {
-        pow_third(products.data(), weights.data(), static_cast<long>(n));
+        while (first_ + 1 < n && bits_of(wx_[first_ + 1]) == bits_of(wx_[0])) {
+            ++first_;
+        }
+        last_ = n - 1;
+        while (last_ > first_ && bits_of(wx_[last_ - 1]) == bits_of(wx_[n - 1])) {
+            --last_;
+        }
+        if (weighted_axes == 3) {
+            cube_roots_.emplace(std::vector<float>(wx_.begin() + first_, wx_.begin() + last_ + 1), wy_, wz_);
+        }
     }
-}
+
+    void make(int j, int k, float* row) const
+    {
+        const std::size_t n = wx_.size();
+        if (n == 0) {
+            return;
+        }
+        const float wy = wy_[j], wz = wz_[k];
+        if (cube_roots_) {
+            cube_roots_->row(j, k, row + first_);
+        } else if (weighted_axes_ == 1) {
+            for (std::size_t i = first_; i <= last_; ++i) {
+                row[i] = wx_[i] * wy * wz;
+            }
+        } else {
+            for (std::size_t i = first_; i <= last_; ++i) {
+                row[i] = static_cast<float>(std::sqrt(static_cast<double>(wx_[i] * wy * wz)));
+            }
+        }
+        std::fill(row, row + first_, row[first_]);
+        std::fill(row + last_ + 1, row + n, row[last_]);
+    }
+
+private:
+    const std::vector<float>& wx_;
+    const std::vector<float>& wy_;
+    const std::vector<float>& wz_;
+    int weighted_axes_;
+    std::size_t first_ = 0, last_ = 0;  // the span of x positions computed
+    std::optional<PowThirdOfProducts> cube_roots_;
+};
 
 // Multiplies the n samples of a row from position `start` by the factors f.
 // Interleaved pairs go through one pointer, so that the compiler sees that
@@ -153,18 +164,20 @@ void scale_row(const ComplexPlanes& data, std::ptrdiff_t start, const float* f, 
     }
 }
 
-}  // namespace
-
-void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x, const AxisFilter& y,
-                     const AxisFilter& z)
+// One pass over the rows of the data (x fastest): a row inside the block is
+// copied into `block` (when given) before it is weighted (when `weight` and
+// an axis is weighted), so that the data are read once for both.
+void filter_rows(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x, const AxisFilter& y,
+                 const AxisFilter& z, const ComplexPlanes* block, bool weight)
 {
     const int weighted_axes = int(x.weighted) + int(y.weighted) + int(z.weighted);
-    if (weighted_axes == 0) {
-        return;  // every weight is 1 and pow(1, +inf) = 1: nothing changes
-    }
+    // With no weighted axis every weight is 1 and pow(1, +inf) = 1: nothing changes.
+    const bool weighting = weight && weighted_axes > 0;
+    const std::ptrdiff_t mx = x.extent(), my = y.extent(), mz = z.extent();
+    const bool cropping = block != nullptr && mx > 0 && my > 0 && mz > 0;
     const std::ptrdiff_t nx = shape.nx, ny = shape.ny, nz = shape.nz;
     const std::ptrdiff_t volume = nx * ny * nz;
-    if (volume == 0) {
+    if ((!weighting && !cropping) || volume == 0) {
         return;
     }
 
@@ -172,29 +185,65 @@ void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const 
     // weights. Rows are kept for every y class of the current z class and made
     // again only when the z class changes (equal weights lie in runs), and
     // every volume uses the rows of the first.
-    const WeightClasses cx = classify(x.weights), cy = classify(y.weights), cz = classify(z.weights);
-    std::vector<float> products(cx.values.size()), class_weights(cx.values.size());
-    std::vector<float> rows(cy.values.size() * static_cast<std::size_t>(nx));
-    std::vector<char> row_ready(cy.values.size());
+    // (Crop-only calls need no weights: their axes may carry none.)
+    WeightClasses cy, cz;
+    std::optional<CombinedWeightRows> combined;
+    if (weighting) {
+        cy = classify(y.weights), cz = classify(z.weights);
+        combined.emplace(x, y, z, weighted_axes);
+    }
+    std::vector<float> rows(cy.count * static_cast<std::size_t>(nx));
+    std::vector<char> row_ready(cy.count);
     int current_z_class = -1;
     for (std::ptrdiff_t k = 0; k < nz; ++k) {
-        if (cz.class_of[k] != current_z_class) {
+        const bool plane_in_block = cropping && k >= z.first && k <= z.last;
+        if (!weighting && !plane_in_block) {
+            continue;  // only the block's planes are read for a crop
+        }
+        if (weighting && cz.class_of[k] != current_z_class) {
             current_z_class = cz.class_of[k];
             std::fill(row_ready.begin(), row_ready.end(), 0);
         }
         for (std::ptrdiff_t j = 0; j < ny; ++j) {
-            const int y_class = cy.class_of[j];
-            float* row = &rows[static_cast<std::size_t>(y_class) * nx];
-            if (!row_ready[y_class]) {
-                combine_classes(cx.values, y.weights[j], z.weights[k], weighted_axes, products, class_weights);
-                for (std::ptrdiff_t i = 0; i < nx; ++i) {
-                    row[i] = class_weights[cx.class_of[i]];
+            const bool row_in_block = plane_in_block && j >= y.first && j <= y.last;
+            float* row = nullptr;
+            if (weighting) {
+                const int y_class = cy.class_of[j];
+                row = &rows[static_cast<std::size_t>(y_class) * nx];
+                if (!row_ready[y_class]) {
+                    combined->make(static_cast<int>(j), static_cast<int>(k), row);
+                    row_ready[y_class] = 1;
                 }
-                row_ready[y_class] = 1;
             }
             for (std::ptrdiff_t v = 0; v < shape.nvol; ++v) {
-                scale_row(data, v * volume + (k * ny + j) * nx, row, nx);
+                const std::ptrdiff_t start = v * volume + (k * ny + j) * nx;
+                if (row_in_block) {
+                    copy_samples(data, start + x.first, *block, ((v * mz + k - z.first) * my + j - y.first) * mx, mx);
+                }
+                if (weighting) {
+                    scale_row(data, start, row, nx);
+                }
             }
         }
     }
+}
+
+}  // namespace
+
+void crop_block(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x, const AxisFilter& y,
+                const AxisFilter& z, const ComplexPlanes& block)
+{
+    filter_rows(data, shape, x, y, z, &block, false);
+}
+
+void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x, const AxisFilter& y,
+                     const AxisFilter& z)
+{
+    filter_rows(data, shape, x, y, z, nullptr, true);
+}
+
+void crop_and_weight(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x, const AxisFilter& y,
+                     const AxisFilter& z, const ComplexPlanes& block)
+{
+    filter_rows(data, shape, x, y, z, &block, true);
 }

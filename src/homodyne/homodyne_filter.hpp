@@ -48,3 +48,8 @@ void crop_block(const ComplexPlanes& data, const VolumeShape& shape, const AxisF
 // axes). With no weighted axis the data are left exactly as they were.
 void weight_in_place(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x,
                      const AxisFilter& y, const AxisFilter& z);
+
+// Both of the above in one pass over the data, each row copied before it is
+// weighted: what the "filter" command does.
+void crop_and_weight(const ComplexPlanes& data, const VolumeShape& shape, const AxisFilter& x,
+                     const AxisFilter& y, const AxisFilter& z, const ComplexPlanes& block);

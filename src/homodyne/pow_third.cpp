@@ -2,83 +2,107 @@
 
 #include <cmath>
 #include <cstdint>
-#include <vector>
 
 #include "common/vector_clones.hpp"
 
 namespace {
 
-// |approximation / pow(p, e) - 1| stays below 1e-14 (cube root 5e-16, the
-// logarithm's 5e-7 error times e - 1/3 = 1e-8, roundings) and pow itself is
-// within 2e-16; the margin leaves a factor of 100 on top.
-constexpr double kMargin = 1e-12;
-constexpr double kDelta = 1.0 / 100663296.0;  // e - 1/3 = 1 / (3 * 2^25), exactly
+const double kExponent = 1.0f / 3.0f;
 
-// Bit casts the vectoriser sees through (a memcpy through char does not).
+// A double keeps 29 bits more than a float: (float)y rounds on those bits,
+// whose midpoint pattern is 2^28. Near it, the approximation (off by under
+// 30 units of the double: three pows of under one unit each, four roundings,
+// the dropped term e (e - 1) d^2 / 2 < 1.6e-15) and pow's own result could
+// round differently. The check looks at those bits without their lowest 10:
+// a doubt where they read 2^18 - 1 or 2^18, so at least 1023 units either
+// side of the midpoint.
+constexpr int kDroppedBits = 10;
+constexpr std::uint32_t kTailMask = (1u << (29 - kDroppedBits)) - 1;
+constexpr std::uint32_t kBelowMidpoint = (1u << (28 - kDroppedBits)) - 1;
+
 std::uint32_t bits_of(float value) { return __builtin_bit_cast(std::uint32_t, value); }
-float float_of(std::uint32_t bits) { return __builtin_bit_cast(float, bits); }
+std::uint64_t bits_of(double value) { return __builtin_bit_cast(std::uint64_t, value); }
 
-// One Halley step towards the cube root of x, cubing the relative error.
-template <typename T>
-inline __attribute__((always_inline)) T halley(T y, T x)
+// A normal float: a product of that size carries a relative rounding error
+// below 2^-24.
+inline unsigned normal(std::uint32_t bits) { return (bits & 0x7fffffffu) - 0x00800000u < 0x7f000000u; }
+// A positive normal float: p^e is then a normal float too.
+inline unsigned positive_normal(std::uint32_t bits) { return bits - 0x00800000u < 0x7f000000u; }
+
+// The values of one row at y and z weights wy and wz: yz = wy wz exactly,
+// root_yz = wy^e wz^e and e_inverse_yz = e / (wy wz), in double.
+struct RowFactors {
+    float wy, wz;
+    double yz, root_yz, e_inverse_yz;
+};
+
+// pow(wx wy wz, e) rounded to single for one x weight, with its root and
+// reciprocal; doubt is set where pow must decide instead. p = +0 gives +0
+// like pow. Roots are taken of magnitudes, so that a positive product of two
+// negative weights and a positive one gets its root too.
+inline __attribute__((always_inline)) float approximate(float wx, double root_x, double inverse_x,
+                                                        const RowFactors& row, unsigned& doubt)
 {
-    const T y3 = y * y * y;
-    return y * (y3 + T(2) * x) / (T(2) * y3 + x);
+    const float q = wx * row.wy;
+    const float p = q * row.wz;
+    // e d = e (p - xyz) / xyz; the subtraction is exact, xyz rounded once.
+    const double e_d = (static_cast<double>(p) - static_cast<double>(wx) * row.yz) * inverse_x * row.e_inverse_yz;
+    const double root = root_x * row.root_yz;
+    const double y = root + root * e_d;
+    const std::uint32_t tail = static_cast<std::uint32_t>(bits_of(y) >> kDroppedBits) & kTailMask;
+    const std::uint32_t p_bits = bits_of(p);
+    const unsigned zero = p_bits == 0;
+    const unsigned sure = normal(bits_of(q)) & positive_normal(p_bits) & (tail - kBelowMidpoint > 1u);
+    doubt = (zero | sure) ^ 1u;
+    return __builtin_bit_cast(float, bits_of(static_cast<float>(y)) & (zero - 1u));
 }
 
-// p^e for a float p in [2^-64, 2^64), to within 1e-14. Inlined into the
-// vectorised loop below, whose clones it must follow.
-inline __attribute__((always_inline)) double approximate(std::uint32_t bits)
+// The row of roots; returns the number of samples in doubt.
+HOMODYNE_WIDE_VECTOR_CLONES
+unsigned approximate_row(const float* wx, const double* root_x, const double* inverse_x, long n, RowFactors row,
+                         float* out)
 {
-    // Cube root: a first guess from the float's bits (within 4 %), two Halley
-    // steps in single precision (to its rounding noise) and one in double.
-    const float xf = float_of(bits);
-    const float guess = float_of(bits / 3 + 0x2a5137a0u);
-    const double y = halley(static_cast<double>(halley(halley(guess, xf), xf)), static_cast<double>(xf));
-    // p^(e - 1/3) = exp(t), t = kDelta * ln p, |t| < 1e-6: 1 + t + t^2/2.
-    // ln p = exponent * ln 2 + ln m with m in [1, 2); ln m from the series
-    // 2 atanh(s), s = (m - 1) / (m + 1) < 1/3, in single precision (5e-7).
-    const double exponent = static_cast<double>(static_cast<int>(bits >> 23) - 127);
-    const float m = float_of((bits & 0x007fffffu) | 0x3f800000u);
-    const float s = (m - 1.0f) / (m + 1.0f);
-    const float s2 = s * s;
-    const float ln_m = 2.0f * s * (1.0f + s2 * (1.0f / 3 + s2 * (1.0f / 5 + s2 * (1.0f / 7 + s2 * (1.0f / 9)))));
-    const double t = kDelta * (exponent * 0.6931471805599453 + static_cast<double>(ln_m));
-    return y * (1.0 + t + 0.5 * t * t);
-}
-
-// Rounds the approximation; false where the rounding is not certain.
-HOMODYNE_VECTOR_CLONES
-void round_approximations(const float* p, float* out, std::uint32_t* certain, long n)
-{
+    unsigned doubtful = 0;
     for (long i = 0; i < n; ++i) {
-        const std::uint32_t bits = bits_of(p[i]);
-        // 2^-64 <= p < 2^64 keeps the single-precision steps far from under-
-        // and overflow; other p (weights never reach them) go to pow.
-        const bool in_range = bits - 0x1f800000u < 0x40000000u;
-        const double y = approximate(bits);
-        const float f = static_cast<float>(y);
-        // f is a positive normal float: its neighbours are one unit of its bits
-        // away (for p in range; other results are discarded).
-        const std::uint32_t f_bits = bits_of(f);
-        const double below = 0.5 * (static_cast<double>(f) + float_of(f_bits - 1));
-        const double above = 0.5 * (static_cast<double>(f) + float_of(f_bits + 1));
-        const double margin = kMargin * y;
-        out[i] = f;
-        certain[i] = in_range & (y - below > margin) & (above - y > margin);
+        unsigned doubt;
+        out[i] = approximate(wx[i], root_x[i], inverse_x[i], row, doubt);
+        doubtful += doubt;
     }
+    return doubtful;
 }
 
 }  // namespace
 
-void pow_third(const float* p, float* out, long n)
+PowThirdOfProducts::AxisRoots::AxisRoots(const std::vector<float>& w)
+    : weight(w), root(w.size()), inverse(w.size())
 {
-    const double exponent = 1.0f / 3.0f;
-    std::vector<std::uint32_t> certain(static_cast<std::size_t>(n > 0 ? n : 0));
-    round_approximations(p, out, certain.data(), n);
+    for (std::size_t i = 0; i < w.size(); ++i) {
+        root[i] = std::pow(std::fabs(static_cast<double>(w[i])), kExponent);
+        inverse[i] = 1.0 / static_cast<double>(w[i]);
+    }
+}
+
+PowThirdOfProducts::PowThirdOfProducts(const std::vector<float>& wx, const std::vector<float>& wy,
+                                       const std::vector<float>& wz)
+    : x_(wx), y_(wy), z_(wz)
+{
+}
+
+void PowThirdOfProducts::row(int j, int k, float* out) const
+{
+    const float wy = y_.weight[j], wz = z_.weight[k];
+    const RowFactors row{wy, wz, static_cast<double>(wy) * static_cast<double>(wz), y_.root[j] * z_.root[k],
+                         kExponent * (y_.inverse[j] * z_.inverse[k])};
+    const long n = static_cast<long>(x_.weight.size());
+    if (approximate_row(x_.weight.data(), x_.root.data(), x_.inverse.data(), n, row, out) == 0) {
+        return;
+    }
     for (long i = 0; i < n; ++i) {
-        if (!certain[i]) {
-            out[i] = static_cast<float>(std::pow(static_cast<double>(p[i]), exponent));
+        unsigned doubt;
+        approximate(x_.weight[i], x_.root[i], x_.inverse[i], row, doubt);
+        if (doubt) {
+            const float p = x_.weight[i] * wy * wz;
+            out[i] = static_cast<float>(std::pow(static_cast<double>(p), kExponent));
         }
     }
 }

@@ -1,5 +1,6 @@
 // The fast paths of both commands against plain reference loops, bit for bit,
-// on random inputs: the weighting against a per-sample pow, the phase transfer
+// on random inputs: the crop against a plain copy and the weighting against a
+// per-sample pow, in both layouts and for real data; the phase transfer
 // against per-point trilinear interpolation through the library's general
 // entry (full query grids from linspace and ndgrid) followed by the combine.
 
@@ -34,27 +35,41 @@ bool same_bits(const std::vector<float>& a, const std::vector<float>& b)
 }
 
 // Random weights drawn from a few values, so that positions share weights
-// the way homodyne ramps do (runs of 0 and 2) and also at random.
+// the way homodyne ramps do (runs of 0 and 2 at the ends) and also at
+// random; a block inside the axis.
 AxisFilter random_axis(int n, bool weighted, std::mt19937& rng)
 {
     AxisFilter axis;
     axis.weighted = weighted;
+    axis.first = n / 3, axis.last = n - 1 - n / 4;
     const std::vector<float> palette = random_floats(5, rng, 0.0f, 2.0f);
     std::uniform_int_distribution<int> pick(0, 6);
     for (int i = 0; i < n; ++i) {
-        const int p = pick(rng);
+        const int p = i < n / 5 ? 5 : i >= n - n / 6 ? 6 : pick(rng);  // ramps start with 0s, end with 2s
         axis.weights.push_back(!weighted ? 1.0f : p < 5 ? palette[p] : p == 5 ? 0.0f : 2.0f);
     }
     return axis;
 }
 
-void reference_weighting(std::vector<float>& re, std::vector<float>& im, const VolumeShape& s, const AxisFilter& x,
-                         const AxisFilter& y, const AxisFilter& z)
+// The crop (before any weighting) and the weighting with a per-sample pow.
+struct Filtered {
+    std::vector<float> re, im, block_re, block_im;
+};
+
+Filtered reference_filter(const std::vector<float>& re, const std::vector<float>& im, const VolumeShape& s,
+                          const AxisFilter& x, const AxisFilter& y, const AxisFilter& z)
 {
+    Filtered out{re, im, {}, {}};
+    const std::size_t volume = std::size_t(s.nx) * s.ny * s.nz;
+    for (int v = 0; v < s.nvol; ++v)
+        for (int k = z.first; k <= z.last; ++k)
+            for (int j = y.first; j <= y.last; ++j)
+                for (int i = x.first; i <= x.last; ++i) {
+                    const std::size_t at = v * volume + (std::size_t(k) * s.ny + j) * s.nx + i;
+                    out.block_re.push_back(re[at]);
+                    out.block_im.push_back(im[at]);
+                }
     const int c = int(x.weighted) + int(y.weighted) + int(z.weighted);
-    if (c == 0) {
-        return;
-    }
     const double e = 1.0f / static_cast<float>(c);
     std::size_t n = 0;
     for (int v = 0; v < s.nvol; ++v)
@@ -63,16 +78,26 @@ void reference_weighting(std::vector<float>& re, std::vector<float>& im, const V
                 for (int i = 0; i < s.nx; ++i, ++n) {
                     const float p = x.weights[i] * y.weights[j] * z.weights[k];
                     const float f = static_cast<float>(std::pow(static_cast<double>(p), e));
-                    re[n] *= f;
-                    if (!im.empty()) {
-                        im[n] *= f;
-                    }
+                    out.re[n] *= f;
+                    out.im[n] *= f;
                 }
+    return out;
+}
+
+std::vector<float> every_other(const std::vector<float>& pairs, std::size_t first)
+{
+    std::vector<float> v(pairs.size() / 2);
+    for (std::size_t i = 0; i < v.size(); ++i) {
+        v[i] = pairs[2 * i + first];
+    }
+    return v;
 }
 
 }  // namespace
 
-TEST(FastPaths, WeightingMatchesPerSamplePow)
+// Separate planes through crop_block and weight_in_place, interleaved pairs
+// and real data through the one pass of crop_and_weight.
+TEST(FastPaths, FilterMatchesPlainCropAndPerSamplePow)
 {
     std::mt19937 rng(2024);
     const VolumeShape shapes[] = {{9, 8, 1, 1}, {16, 7, 5, 1}, {11, 12, 6, 3}, {1, 5, 4, 2}};
@@ -84,24 +109,31 @@ TEST(FastPaths, WeightingMatchesPerSamplePow)
             const AxisFilter y = random_axis(shape.ny, weighted[1], rng);
             const AxisFilter z = random_axis(shape.nz, weighted[2], rng);
             const std::size_t n = std::size_t(shape.nx) * shape.ny * shape.nz * shape.nvol;
-            std::vector<float> re = random_floats(n, rng, -3, 3), im = random_floats(n, rng, -3, 3);
-            std::vector<float> expected_re = re, expected_im = im, real_only = re;
-            reference_weighting(expected_re, expected_im, shape, x, y, z);
+            const std::vector<float> re = random_floats(n, rng, -3, 3), im = random_floats(n, rng, -3, 3);
+            const Filtered want = reference_filter(re, im, shape, x, y, z);
+            const std::size_t m = want.block_re.size();
 
-            std::vector<float> pairs(2 * n), planes_re = re, planes_im = im;
+            Filtered planes{re, im, std::vector<float>(m), std::vector<float>(m)};
+            crop_block(ComplexPlanes{planes.re.data(), planes.im.data(), 1}, shape, x, y, z,
+                       ComplexPlanes{planes.block_re.data(), planes.block_im.data(), 1});
+            weight_in_place(ComplexPlanes{planes.re.data(), planes.im.data(), 1}, shape, x, y, z);
+            std::vector<float> pairs(2 * n), pair_block(2 * m);
             for (std::size_t i = 0; i < n; ++i) {
                 pairs[2 * i] = re[i], pairs[2 * i + 1] = im[i];
             }
-            weight_in_place(ComplexPlanes{planes_re.data(), planes_im.data(), 1}, shape, x, y, z);
-            weight_in_place(ComplexPlanes{pairs.data(), pairs.data() + 1, 2}, shape, x, y, z);
-            weight_in_place(ComplexPlanes{real_only.data(), nullptr, 1}, shape, x, y, z);
-            std::vector<float> pairs_re(n), pairs_im(n);
-            for (std::size_t i = 0; i < n; ++i) {
-                pairs_re[i] = pairs[2 * i], pairs_im[i] = pairs[2 * i + 1];
-            }
-            EXPECT_TRUE(same_bits(planes_re, expected_re) && same_bits(planes_im, expected_im));
-            EXPECT_TRUE(same_bits(pairs_re, expected_re) && same_bits(pairs_im, expected_im));
-            EXPECT_TRUE(same_bits(real_only, expected_re));
+            crop_and_weight(ComplexPlanes{pairs.data(), pairs.data() + 1, 2}, shape, x, y, z,
+                            ComplexPlanes{pair_block.data(), pair_block.data() + 1, 2});
+            Filtered real{re, {}, std::vector<float>(m), std::vector<float>(m)};
+            crop_and_weight(ComplexPlanes{real.re.data(), nullptr, 1}, shape, x, y, z,
+                            ComplexPlanes{real.block_re.data(), real.block_im.data(), 1});
+
+            EXPECT_TRUE(same_bits(planes.re, want.re) && same_bits(planes.im, want.im));
+            EXPECT_TRUE(same_bits(planes.block_re, want.block_re) && same_bits(planes.block_im, want.block_im));
+            EXPECT_TRUE(same_bits(every_other(pairs, 0), want.re) && same_bits(every_other(pairs, 1), want.im));
+            EXPECT_TRUE(same_bits(every_other(pair_block, 0), want.block_re) &&
+                        same_bits(every_other(pair_block, 1), want.block_im));
+            EXPECT_TRUE(same_bits(real.re, want.re) && same_bits(real.block_re, want.block_re));
+            EXPECT_EQ(real.block_im, std::vector<float>(m, 0.0f));  // real data leave the block's imaginary part
         }
     }
 }

@@ -58,40 +58,51 @@ std::vector<float> reference_curve(int n, int a)
 
 }  // namespace
 
-TEST(CalculateFilter, WorkedTable)
+TEST(CalculateFilter, WorkedAndEdgeCases)
 {
-    const Result even = run(8, -2, 3);
-    ASSERT_EQ(even.accepted, 1);
-    EXPECT_EQ(even.bounds[0], 2);
-    EXPECT_EQ(even.bounds[1], 6);
-    expect_weights_near(even.weights, {0, 0, 0, 0.75, 1, 1.25, 2, 2});
-
-    const Result odd = run(7, -2, 3);
-    ASSERT_EQ(odd.accepted, 1);
-    EXPECT_EQ(odd.bounds[0], 1);
-    EXPECT_EQ(odd.bounds[1], 5);
-    expect_weights_near(odd.weights, {0, 0, 0.75, 1, 1.25, 2, 2});
-
-    const Result ten = run(10, -3, 4);
-    ASSERT_EQ(ten.accepted, 1);
-    EXPECT_EQ(ten.bounds[0], 2);
-    EXPECT_EQ(ten.bounds[1], 8);
-    expect_weights_near(ten.weights, {0, 0, 0, 0.5555556, 0.8888889, 1, 1.1111111, 1.4444444, 2, 2});
-
-    const Result sixteen = run(16, -4, 7);
-    ASSERT_EQ(sixteen.accepted, 1);
-    EXPECT_EQ(sixteen.bounds[0], 4);
-    EXPECT_EQ(sixteen.bounds[1], 12);
-    expect_weights_near(sixteen.weights,
-                        {0, 0, 0, 0, 0, 0.4375, 0.75, 0.9375, 1, 1.0625, 1.25, 1.5625, 2, 2, 2, 2});
-
-    const Result long_axis = run(128, -40, 63);
-    ASSERT_EQ(long_axis.accepted, 1);
-    EXPECT_EQ(long_axis.bounds[0], 24);
-    EXPECT_EQ(long_axis.bounds[1], 104);
-    EXPECT_EQ(long_axis.weights[24], 0.0f);
-    EXPECT_EQ(long_axis.weights[64], 1.0f);
-    EXPECT_EQ(long_axis.weights[104], 2.0f);
+    struct Case {
+        int n;
+        double first, last;
+        int lower, upper;
+        std::vector<double> weights;  // not checked when empty
+    };
+    const Case accepted[] = {
+        // The worked table.
+        {8, -2, 3, 2, 6, {0, 0, 0, 0.75, 1, 1.25, 2, 2}},
+        {7, -2, 3, 1, 5, {0, 0, 0.75, 1, 1.25, 2, 2}},
+        {10, -3, 4, 2, 8, {0, 0, 0, 0.5555556, 0.8888889, 1, 1.1111111, 1.4444444, 2, 2}},
+        {16, -4, 7, 4, 12, {0, 0, 0, 0, 0, 0.4375, 0.75, 0.9375, 1, 1.0625, 1.25, 1.5625, 2, 2, 2, 2}},
+        {128, -40, 63, 24, 104, {}},
+        {128, -40.9, 63.7, 24, 104, {}},  // fractional ends truncate toward zero
+        // Just above 55 % (16/29, 5/9) and just below 1 (62/63).
+        {64, -1, 14, 31, 33, {}},
+        {64, 0, 4, 32, 32, {}},
+        {64, -30, 31, 2, 62, {}},
+        // a = 0: P = Q = Z = floor(n/2); 0 below the centre, 2 from it on.
+        {9, 0, 1, 4, 4, {0, 0, 0, 0, 2, 2, 2, 2, 2}},
+        {9, 0, 4, 4, 4, {0, 0, 0, 0, 2, 2, 2, 2, 2}},
+        // One sample: no position is searched, P = Q = Z = 0, weight 2. Two
+        // samples (k = -1, 0): only position 0 is searched. No samples: the
+        // bounds are written, no weight is.
+        {1, -1, 3, 0, 0, {2}},
+        {2, -1, 3, 0, 0, {2, 2}},
+        {0, -1, 3, 0, 0, {}},
+        // The mirror of a = -7 sits on the last position of 16, which is never
+        // searched: Q stays 0 and the block is empty.
+        {16, -7, 8, 1, 0, {}},
+        // a and -a outside a 4-sample axis: P = Q = 0, Z = 2; rule 2 writes 2
+        // everywhere, rule 3 overwrites position 1 with 2 - (0.5^2 + 1).
+        {4, -10, 12, 0, 0, {2, 0.75, 2, 2}},
+    };
+    for (const Case& c : accepted) {
+        const Result r = run(c.n, c.first, c.last);
+        ASSERT_EQ(r.accepted, 1) << c.n << " [" << c.first << ", " << c.last << "]";
+        EXPECT_EQ(r.bounds[0], c.lower) << c.n << " [" << c.first << ", " << c.last << "]";
+        EXPECT_EQ(r.bounds[1], c.upper) << c.n << " [" << c.first << ", " << c.last << "]";
+        if (!c.weights.empty()) {
+            expect_weights_near(r.weights, c.weights);
+        }
+    }
 }
 
 TEST(CalculateFilter, CurveMatchesDefinitionBitForBit)
@@ -125,9 +136,10 @@ TEST(CalculateFilter, RejectedRangesWriteNothing)
         {-3, 3},    // symmetric: fraction exactly 1
         {-64, 40},  // missing part at the positive end
         {-1, 20},   // below 55 %
+        {-1, 15},   // 17/31, just below 55 %
+        {0, 5},     // 6/11: a = 0 accepts b = 1 .. 4 only
         {-2, -1},   // negative second element: negative fraction
         {3, 9},     // both ends positive
-        {0, 5},     // a = 0 accepts b = 1 .. 4 only
         {0, 0},
         {std::numeric_limits<double>::quiet_NaN(), 4},
         {-std::numeric_limits<double>::infinity(), 4},
@@ -141,83 +153,5 @@ TEST(CalculateFilter, RejectedRangesWriteNothing)
         for (float w : r.weights) {
             EXPECT_EQ(w, -7.0f);
         }
-    }
-}
-
-TEST(CalculateFilter, AcceptanceThresholdAt55Percent)
-{
-    EXPECT_EQ(run(64, -1, 14).accepted, 1);  // 16/29 = 0.5517
-    EXPECT_EQ(run(64, -1, 15).accepted, 0);  // 17/31 = 0.5484
-    EXPECT_EQ(run(64, 0, 4).accepted, 1);    // 5/9 = 0.5556
-    EXPECT_EQ(run(64, 0, 5).accepted, 0);    // 6/11 = 0.5455
-    EXPECT_EQ(run(64, -30, 31).accepted, 1); // 62/63, just below 1
-}
-
-TEST(CalculateFilter, FractionalEndsTruncateTowardZero)
-{
-    const Result truncated = run(128, -40.9, 63.7);
-    const Result whole = run(128, -40, 63);
-    ASSERT_EQ(truncated.accepted, 1);
-    EXPECT_EQ(truncated.bounds[0], whole.bounds[0]);
-    EXPECT_EQ(truncated.bounds[1], whole.bounds[1]);
-    EXPECT_EQ(truncated.weights, whole.weights);
-}
-
-TEST(CalculateFilter, CentreOnlyRangeSplitsAtTheCentre)
-{
-    // a = 0: P = Q = Z = floor(n/2); 0 below the centre, 2 from it on.
-    for (int b = 1; b <= 4; ++b) {
-        const Result r = run(9, 0, b);
-        ASSERT_EQ(r.accepted, 1);
-        EXPECT_EQ(r.bounds[0], 4);
-        EXPECT_EQ(r.bounds[1], 4);
-        EXPECT_EQ(r.weights, (std::vector<float>{0, 0, 0, 0, 2, 2, 2, 2, 2}));
-    }
-}
-
-TEST(CalculateFilter, TinyAxes)
-{
-    // One sample: no position is searched, so P = Q = Z = 0 and the weight is 2.
-    const Result one = run(1, -1, 3);
-    ASSERT_EQ(one.accepted, 1);
-    EXPECT_EQ(one.bounds[0], 0);
-    EXPECT_EQ(one.bounds[1], 0);
-    EXPECT_EQ(one.weights, std::vector<float>{2.0f});
-
-    // Two samples (k = -1, 0): only position 0 is searched.
-    const Result two = run(2, -1, 3);
-    ASSERT_EQ(two.accepted, 1);
-    EXPECT_EQ(two.bounds[0], 0);
-    EXPECT_EQ(two.bounds[1], 0);
-    EXPECT_EQ(two.weights, (std::vector<float>{2, 2}));
-
-    // No samples: the bounds are written, no weight is, and it succeeds.
-    double range[2] = {-1, 3};
-    int bounds[2] = {-5, -5};
-    EXPECT_EQ(calculate_filter(0, range, nullptr, bounds), 1);
-    EXPECT_EQ(bounds[0], 0);
-    EXPECT_EQ(bounds[1], 0);
-}
-
-TEST(CalculateFilter, MirrorOnTheLastPositionIsNotFound)
-{
-    // n = 16 covers k = -8 .. 7; the mirror of a = -7 sits on the last
-    // position, which is never searched, so Q stays 0 and the block is empty.
-    const Result r = run(16, -7, 8);
-    ASSERT_EQ(r.accepted, 1);
-    EXPECT_EQ(r.bounds[0], 1);
-    EXPECT_EQ(r.bounds[1], 0);
-}
-
-TEST(CalculateFilter, CoordinatesBeyondTheAxisStayInside)
-{
-    // a and -a lie outside a 4-sample axis: both bounds stay 0, and every
-    // weight is still written.
-    const Result r = run(4, -10, 12);
-    ASSERT_EQ(r.accepted, 1);
-    EXPECT_EQ(r.bounds[0], 0);
-    EXPECT_EQ(r.bounds[1], 0);
-    for (float w : r.weights) {
-        EXPECT_NE(w, -7.0f);
     }
 }

@@ -1,13 +1,12 @@
-// The plain-buffer "filter" core: axis planning, the crop in both complex
-// layouts and worked cases of the in-place weighting (the comparison with a
-// per-sample reference lives with the other fast-path tests).
+// The plain-buffer "filter" core: axis planning and worked cases of the
+// in-place weighting (the crop and the weighting against plain reference
+// loops live with the other fast-path tests).
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <random>
 #include <vector>
 
 #include "homodyne/filter_weights.hpp"
@@ -16,26 +15,6 @@
 namespace {
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-// Complex samples kept as separate planes and as interleaved pairs.
-struct Samples {
-    std::vector<float> re, im, interleaved;
-
-    Samples(size_t n, unsigned seed)
-        : re(n), im(n), interleaved(2 * n)
-    {
-        std::mt19937 rng(seed);
-        std::normal_distribution<float> normal;
-        for (size_t i = 0; i < n; ++i) {
-            re[i] = normal(rng);
-            im[i] = normal(rng);
-            interleaved[2 * i] = re[i];
-            interleaved[2 * i + 1] = im[i];
-        }
-    }
-    ComplexPlanes separate() { return ComplexPlanes{re.data(), im.data(), 1}; }
-    ComplexPlanes paired() { return ComplexPlanes{interleaved.data(), interleaved.data() + 1, 2}; }
-};
 
 }  // namespace
 
@@ -81,46 +60,6 @@ TEST(PlanAxisFilter, AxisWithoutSamplesHasEmptyExtent)
     EXPECT_EQ(plan_axis_filter(0, nullptr).extent(), 0);
 }
 
-TEST(CropBlock, CopiesTheBoundedBlockOfEveryVolume)
-{
-    const VolumeShape shape{7, 6, 5, 3};
-    const size_t n = 7 * 6 * 5 * 3;
-    Samples data(n, 1);
-    AxisFilter x, y, z;
-    x.first = 2, x.last = 5;
-    y.first = 1, y.last = 1;
-    z.first = 0, z.last = 3;
-    const size_t m = 4 * 1 * 4 * 3;
-
-    std::vector<float> re(m, 0), im(m, 0), pairs(2 * m, 0);
-    crop_block(data.separate(), shape, x, y, z, ComplexPlanes{re.data(), im.data(), 1});
-    crop_block(data.paired(), shape, x, y, z, ComplexPlanes{pairs.data(), pairs.data() + 1, 2});
-
-    size_t o = 0;
-    for (int v = 0; v < 3; ++v)
-        for (int k = 0; k <= 3; ++k)
-            for (int i = 2; i <= 5; ++i, ++o) {
-                const size_t src = static_cast<size_t>(v) * 210 + (static_cast<size_t>(k) * 6 + 1) * 7 + i;
-                EXPECT_EQ(re[o], data.re[src]);
-                EXPECT_EQ(im[o], data.im[src]);
-                EXPECT_EQ(pairs[2 * o], data.re[src]);
-                EXPECT_EQ(pairs[2 * o + 1], data.im[src]);
-            }
-    EXPECT_EQ(o, m);
-}
-
-TEST(CropBlock, RealDataLeaveTheImaginaryPartAlone)
-{
-    std::vector<float> data{1, 2, 3, 4};
-    std::vector<float> re(2, 0), im(2, 0);
-    AxisFilter x, y, z;
-    x.first = 1, x.last = 2;
-    crop_block(ComplexPlanes{data.data(), nullptr, 1}, VolumeShape{4, 1, 1, 1}, x, y, z,
-               ComplexPlanes{re.data(), im.data(), 1});
-    EXPECT_EQ(re, (std::vector<float>{2, 3}));
-    EXPECT_EQ(im, (std::vector<float>{0, 0}));
-}
-
 namespace {
 
 AxisFilter planned(int n, double first, double last)
@@ -153,14 +92,4 @@ TEST(WeightInPlace, NoWeightedAxisLeavesDataUnchanged)
     const std::vector<float> before = data;
     weight_in_place(ComplexPlanes{data.data(), nullptr, 1}, VolumeShape{4, 1, 1, 1}, whole, whole, whole);
     EXPECT_EQ(0, std::memcmp(data.data(), before.data(), sizeof(float) * 4));
-}
-
-TEST(WeightInPlace, RealDataWithoutImaginaryPlane)
-{
-    const AxisFilter x = planned(8, -2, 3.5), whole = planned(1, 0, 0);
-    std::vector<float> data(16, 1.0f);
-    weight_in_place(ComplexPlanes{data.data(), nullptr, 1}, VolumeShape{8, 1, 1, 2}, x, whole, whole);
-    const std::vector<float> one{0, 0, 0, 0.75f, 1, 1.25f, 2, 2};
-    EXPECT_EQ(std::vector<float>(data.begin(), data.begin() + 8), one);
-    EXPECT_EQ(std::vector<float>(data.begin() + 8, data.end()), one);
 }
