@@ -66,10 +66,14 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
   if ~all(isfinite(kspace(:)))
     error('homodyne_recon: KSPACE holds NaN or Inf values.');
   end
-  ranges = parse_options(varargin);
+  [ranges, options] = parse_options(varargin);
   sizes = [size(kspace, 1), size(kspace, 2), size(kspace, 3)];
   if isempty(ranges)
     ranges = detect_ranges(kspace);
+  end
+  if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
+    [img, phase, zero_filled, info] = core_recon(kspace, ranges, options, nargout);
+    return;
   end
   [mex_ranges, mirrored] = plan_axes(ranges, sizes);
   info.ranges = ranges;
@@ -104,20 +108,36 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
   info.seconds.extra_outputs = toc(step);
 end
 
-function ranges = parse_options(options)
+% RANGES as given ({} to detect them) and the options of the reconstruction
+% core, with Method and Output checked here since they choose the path.
+function [ranges, core] = parse_options(options)
   ranges = {};
+  core = struct('Method', 'pocs', 'Output', 'real');
+  names = {'Method', 'Output', 'Iterations', 'Tolerance', 'Threads', 'Constraint', 'Window', 'TransitionBand'};
   if mod(numel(options), 2) ~= 0
-    error('homodyne_recon: options come as name/value pairs.');
+    error('homodyne:usage', 'homodyne_recon: options come as name/value pairs.');
   end
   for k = 1:2:numel(options)
-    if ~ischar(options{k}) || ~strcmpi(options{k}, 'Ranges')
-      error('homodyne_recon: unknown option; the only option is ''Ranges''.');
+    if ~ischar(options{k}) || ~any(strcmpi(options{k}, [{'Ranges'}, names]))
+      error('homodyne:badOption', 'homodyne_recon: unknown option; the options are Ranges, %s.', strjoin(names, ', '));
     end
-    ranges = options{k + 1};
-    if ~iscell(ranges) || numel(ranges) > 3
-      error('homodyne_recon: ''Ranges'' must be a cell {kx, ky, kz} of [] or [first last].');
+    if strcmpi(options{k}, 'Ranges')
+      ranges = options{k + 1};
+      if ~iscell(ranges) || numel(ranges) > 3
+        error('homodyne:badOption', 'homodyne_recon: ''Ranges'' must be a cell {kx, ky, kz} of [] or [first last].');
+      end
+      ranges = [ranges(:)', cell(1, 3 - numel(ranges))];
+    else
+      core.(names{strcmpi(options{k}, names)}) = options{k + 1};
     end
-    ranges = [ranges(:)', cell(1, 3 - numel(ranges))];
+  end
+  choices = struct('Method', {{'pocs', 'homodyne'}}, 'Output', {{'real', 'magnitude', 'complex'}});
+  for name = {'Method', 'Output'}
+    value = core.(name{1});
+    if ~ischar(value) || ~any(strcmpi(value, choices.(name{1})))
+      error('homodyne:badOption', 'homodyne_recon: ''%s'' must be ''%s''.', name{1}, strjoin(choices.(name{1}), ''' or '''));
+    end
+    core.(name{1}) = lower(value);
   end
 end
 

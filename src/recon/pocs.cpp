@@ -94,34 +94,56 @@ struct PocsBuffers {
     explicit PocsBuffers(Index voxels) : work(voxels), phase(voxels), amplitude(static_cast<std::size_t>(voxels)) {}
 };
 
-// Iterates with one constraint form from the zero-filled measured data;
-// leaves the data-consistent k-space in buffers.work.
-VolumeReport iterate(const PocsPlan& plan, const VolumeTransform& transform, const Complex* box_samples,
-                     double measured_norm, PhaseConstraint form, PocsBuffers& buffers)
-{
-    const Index voxels = transform.voxels();
-    const float scale = 1.0f / static_cast<float>(voxels);
-    Complex* work = buffers.work.data();
-    std::fill(work, work + voxels, Complex(0.0f, 0.0f));
-    std::fill(buffers.amplitude.begin(), buffers.amplitude.end(), 0.0f);
-    restore_measured(plan, work, box_samples);
-
-    VolumeReport report;
-    report.constraint = form;
-    const bool missing = plan.box.samples() < voxels;
-    while (missing && report.iterations < plan.options.iterations) {
-        transform.inverse(work);
-        report.change = project_onto_phase(work, buffers.phase.data(), buffers.amplitude.data(), voxels, scale, form);
-        transform.forward(work);
-        const double residual = restore_measured(plan, work, box_samples);
-        report.residual = measured_norm > 0.0 ? std::sqrt(residual / measured_norm) : 0.0;
-        ++report.iterations;
-        if (report.change < plan.options.tolerance) {
-            break;
-        }
+// The iterations of one constraint form, from the zero-filled measured data
+// (start) and on from where they stopped (run), leaving the data-consistent
+// k-space in buffers.work.
+class PocsRun {
+public:
+    PocsRun(const PocsPlan& plan, const VolumeTransform& transform, const Complex* box_samples, double measured_norm,
+            PocsBuffers& buffers)
+        : plan_(plan), transform_(transform), box_samples_(box_samples), measured_norm_(measured_norm),
+          buffers_(buffers)
+    {
     }
-    return report;
-}
+
+    void start(PhaseConstraint form)
+    {
+        report_ = VolumeReport{};
+        report_.constraint = form;
+        converged_ = plan_.box.samples() == transform_.voxels();  // nothing to estimate
+        Complex* work = buffers_.work.data();
+        std::fill(work, work + transform_.voxels(), Complex(0.0f, 0.0f));
+        std::fill(buffers_.amplitude.begin(), buffers_.amplitude.end(), 0.0f);
+        restore_measured(plan_, work, box_samples_);
+    }
+
+    const VolumeReport& run(int until)
+    {
+        const Index voxels = transform_.voxels();
+        const float scale = 1.0f / static_cast<float>(voxels);
+        Complex* work = buffers_.work.data();
+        while (!converged_ && report_.iterations < until) {
+            transform_.inverse(work);
+            report_.change = project_onto_phase(work, buffers_.phase.data(), buffers_.amplitude.data(), voxels,
+                                                scale, report_.constraint);
+            transform_.forward(work);
+            const double residual = restore_measured(plan_, work, box_samples_);
+            report_.residual = measured_norm_ > 0.0 ? std::sqrt(residual / measured_norm_) : 0.0;
+            ++report_.iterations;
+            converged_ = report_.change < plan_.options.tolerance;
+        }
+        return report_;
+    }
+
+private:
+    const PocsPlan& plan_;
+    const VolumeTransform& transform_;
+    const Complex* box_samples_;
+    double measured_norm_;
+    PocsBuffers& buffers_;
+    VolumeReport report_;
+    bool converged_ = false;
+};
 
 }  // namespace
 
@@ -161,25 +183,28 @@ VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform,
     const std::array<Index, 3> peak = echo_peak(plan.box, box_samples.data());
     estimate_phase(transform, plan.box, box_samples.data(), peak, plan.options.window, buffers.phase.data());
 
-    const float scale = 1.0f / static_cast<float>(voxels);
-    const PhaseConstraint chosen = plan.options.constraint;
-    VolumeReport report = iterate(plan, transform, box_samples.data(), measured_norm,
-                                  chosen == PhaseConstraint::magnitude ? chosen : PhaseConstraint::real_part, buffers);
-    if (chosen == PhaseConstraint::automatic) {
+    PocsRun pocs(plan, transform, box_samples.data(), measured_norm, buffers);
+    const int iterations = plan.options.iterations;
+    if (plan.options.constraint != PhaseConstraint::automatic) {
+        pocs.start(plan.options.constraint);
+    } else {
         // Sharp images ring across zero, which only the real form allows: its
-        // projections then fit the measured data clearly better. Where both
-        // fit alike (smooth anatomy) the magnitude form is the better image.
-        transform.inverse(buffers.work.data());
-        write_image(buffers.work.data(), buffers.phase.data(), transform.n(), scale, plan.options.output, image);
-        const VolumeReport magnitude =
-            iterate(plan, transform, box_samples.data(), measured_norm, PhaseConstraint::magnitude, buffers);
-        if (report.residual < real_form_margin * magnitude.residual) {
-            report.echo = peak;
-            return report;
+        // projections then fit the measured data several times better. Where
+        // both fit alike the magnitude form gives the better image. A few
+        // trial iterations of each tell them apart; the magnitude form, the
+        // usual winner, runs last and so continues where its trial stopped.
+        const int trial = std::min(iterations, trial_iterations);
+        pocs.start(PhaseConstraint::real_part);
+        const double real_residual = pocs.run(trial).residual;
+        pocs.start(PhaseConstraint::magnitude);
+        const double magnitude_residual = pocs.run(trial).residual;
+        if (real_residual < real_form_margin * magnitude_residual) {
+            pocs.start(PhaseConstraint::real_part);
         }
-        report = magnitude;
     }
+    VolumeReport report = pocs.run(iterations);
     transform.inverse(buffers.work.data());
+    const float scale = 1.0f / static_cast<float>(voxels);
     write_image(buffers.work.data(), buffers.phase.data(), transform.n(), scale, plan.options.output, image);
     report.echo = peak;
     return report;

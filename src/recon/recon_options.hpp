@@ -18,8 +18,8 @@ enum class CalibrationWindow { hann, tukey, box };
 struct ReconOptions {
     ReconMethod method = ReconMethod::pocs;
     ReconOutput output = ReconOutput::real;
-    int iterations = 10;       // POCS: at most this many
-    double tolerance = 0.002;  // POCS: stop when the relative change falls below; 0 never stops early
+    int iterations = 20;       // POCS: at most this many
+    double tolerance = 2e-4;   // POCS: stop when the relative change falls below; 0 never stops early
     int threads = 0;           // volumes reconstructed at once; 0 for one per core
     PhaseConstraint constraint = PhaseConstraint::automatic;
     CalibrationWindow window = CalibrationWindow::hann;
