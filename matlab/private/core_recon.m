@@ -9,6 +9,8 @@ function [img, phase, zero_filled, info] = core_recon(kspace, ranges, options, o
 %   computed only when asked for. Errors of the core are raised with their
 %   homodyne:... identifier and the prefix 'homodyne_recon: '.
   started = tic;
+  phase = [];
+  zero_filled = [];
   options.Ranges = ranges;
   try
     [img, core] = homodyne_recon_mex('reconstruct', single(kspace), options);
