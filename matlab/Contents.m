@@ -1,8 +1,8 @@
 % Homodyne partial-Fourier reconstruction toolbox.
 %
 % Reconstruction
-%   homodyne_recon      - Partial-Fourier k-space in, real image out (ranges
-%                         given or detected, missing part at either end).
+%   homodyne_recon      - Partial-Fourier k-space in, image out: POCS (default) or
+%                         one-pass homodyne; real, magnitude or complex output.
 %
 % Building blocks that leave their inputs untouched
 %   homodyne_filter     - Homodyne weighting of k-space and its central block.
@@ -11,7 +11,8 @@
 % MEX module
 %   homodyne_mex        - 'filter': homodyne weighting in place and the central block;
 %                         'multiply': low-resolution phase removed in place.
-%   build_homodyne_mex  - Build homodyne_mex with the host's MEX compiler.
+%   homodyne_recon_mex  - 'reconstruct': the C++ core of homodyne_recon (FFTW).
+%   build_homodyne_mex  - Build the MEX modules with the host's MEX compiler.
 %
 % Test data and demonstration
 %   homodyne_phantom    - 3-D head-like test object with a smooth phase, and its k-space.

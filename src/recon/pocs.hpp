@@ -18,9 +18,9 @@
 
 // Automatic constraint: both forms run this many trial iterations, and the
 // real form is kept when its data residual is below this fraction of the
-// magnitude form's (measured: 0.15-0.2 on images that ring, 0.5-0.9 on
-// sharp phantoms without ringing and with two partial axes, where the
-// magnitude form gives the better image).
+// magnitude form's (measured after 5 iterations: 0.15-0.2 on images that
+// ring, one partial axis; 0.45-0.8 on sharp phantoms without ringing and
+// with two partial axes, where the magnitude form gives the better image).
 constexpr int trial_iterations = 5;
 constexpr double real_form_margin = 0.35;
 
