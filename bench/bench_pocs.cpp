@@ -68,8 +68,6 @@ void BM_PocsFfts(benchmark::State& state)
         d.transform.forward(d.work.data());
         benchmark::ClobberMemory();
     }
-    state.counters["ms"] = benchmark::Counter(1e3 * state.iterations(), benchmark::Counter::kIsRate |
-                                                                          benchmark::Counter::kInvert);
 }
 
 void BM_PocsIteration(benchmark::State& state)
@@ -84,8 +82,6 @@ void BM_PocsIteration(benchmark::State& state)
         d.transform.forward(d.work.data());
         benchmark::DoNotOptimize(restore_measured(d.plan, d.work.data(), d.measured.data()));
     }
-    state.counters["ms"] = benchmark::Counter(1e3 * state.iterations(), benchmark::Counter::kIsRate |
-                                                                          benchmark::Counter::kInvert);
 }
 
 }  // namespace
