@@ -53,19 +53,25 @@ function report = compare_pocs(core_bench)
       started = tic;
       [pocs, ~, ~, info] = homodyne_recon(k, 'Output', 'magnitude', 'Ranges', cases(c).ranges, 'Threads', 1);
       pocs_seconds = toc(started);
+      % The same work in both: the form POCS kept, its iterations, no trials.
+      started = tic;
+      homodyne_recon(k, 'Output', 'magnitude', 'Ranges', cases(c).ranges, 'Threads', 1, ...
+                     'Constraint', info.constraint{1}, 'Iterations', info.iterations, 'Tolerance', 0);
+      same_work_seconds = toc(started);
       started = tic;
       vectorized = pocs_vectorized(k, cases(c).ranges, info.iterations, info.constraint{1});
       vectorized_seconds = toc(started);
+      fully_sampled = abs(fftshift(ifftn(ifftshift(full + noisy * noise))));
       bart_img = bart_homodyne(k, cases(c).ranges);
-      errors = [nrmse(zero, reference), nrmse(bart_img, reference), nrmse(one_pass, reference), ...
-                nrmse(pocs, reference), nrmse(vectorized, reference)];
-      ratios(end + 1) = errors(4) / errors(2);
+      errors = [nrmse(fully_sampled, reference), nrmse(zero, reference), nrmse(bart_img, reference), ...
+                nrmse(one_pass, reference), nrmse(pocs, reference), nrmse(vectorized, reference)];
+      ratios(end + 1) = errors(5) / errors(3);
       noise_text = 'none';
       if noisy
         noise_text = 'SNR 20';
       end
       rows(end + 1, :) = {cases(c).name, noise_text, errors, info.iterations, info.constraint{1}, ...
-                          pocs_seconds, vectorized_seconds};
+                          pocs_seconds, same_work_seconds, vectorized_seconds};
     end
   end
 
@@ -175,7 +181,7 @@ end
 function text = pocs_markdown(rows, ratios, iteration_ms, ffts_ms, all_cores_seconds, peak_mib, kspace_mib, threads)
   met = {'no', 'yes'};
   iteration_ratio = max(iteration_ms) / mean(ffts_ms);
-  speedups = [rows{:, 7}] ./ [rows{:, 6}];
+  speedups = [rows{:, 8}] ./ [rows{:, 7}];
   lines = {
     '## POCS'
     ''
@@ -185,26 +191,30 @@ function text = pocs_markdown(rows, ratios, iteration_ms, ffts_ms, all_cores_sec
             max(iteration_ms), mean(ffts_ms), iteration_ratio, met{1 + (iteration_ratio <= 1.3)})
     sprintf('| POCS NRMSE / bart''s, median over cases | %.2f | <= 0.3 | %s |', median(ratios), met{1 + (median(ratios) <= 0.3)})
     sprintf('| POCS NRMSE / bart''s, largest | %.2f | <= 0.7 | %s |', max(ratios), met{1 + (max(ratios) <= 0.7)})
-    sprintf('| whole call: vectorized-Octave POCS time / POCS time, same iterations, one thread (median, range %.1f-%.1f) | %.1f | >= 5 | %s |', ...
+    sprintf('| whole call: vectorized-Octave POCS time / POCS time, same form and iterations, one thread (median, range %.1f-%.1f) | %.1f | >= 5 | %s |', ...
             min(speedups), max(speedups), median(speedups), met{1 + (median(speedups) >= 5)})
     sprintf('| POCS call with all cores (%d FFTW threads), first case | %.2f s | | |', threads, all_cores_seconds)
     sprintf('| peak memory of one call, first case, in a fresh process | +%.0f MiB (%.1f x k-space) | about 3 complex copies | |', ...
             peak_mib, peak_mib / kspace_mib)
     ''
-    '| case | noise | zero filled | bart homodyne | one-pass | POCS | vectorized POCS | iterations | form | POCS, s | vectorized, s |'
-    '|---|---|---|---|---|---|---|---|---|---|---|'
+    '| case | noise | fully sampled | zero filled | bart homodyne | one-pass | POCS | vectorized POCS | iterations | form | POCS, s | same work, s | vectorized, s |'
+    '|---|---|---|---|---|---|---|---|---|---|---|---|---|'
   };
   for r = 1:size(rows, 1)
-    lines{end + 1} = sprintf('| %s | %s | %.4f | %.4f | %.4f | %.4f | %.4f | %d | %s | %.2f | %.2f |', rows{r, 1:2}, ...
-                             rows{r, 3}, rows{r, 4:7});
+    lines{end + 1} = sprintf('| %s | %s | %.4f | %.4f | %.4f | %.4f | %.4f | %.4f | %d | %s | %.2f | %.2f | %.2f |', ...
+                             rows{r, 1:2}, rows{r, 3}, rows{r, 4:8});
   end
   lines(end + 1:end + 3) = {
     ''
     ['NRMSE: ||abs(recon) - reference|| / ||reference|| over the volume, reference = the noiseless fully sampled ' ...
      'magnitude of the 256 x 256 x 64 phantom. POCS: homodyne_recon with its defaults (Hann window, automatic ' ...
      'constraint, at most 20 iterations, tolerance 2e-4), magnitude output, one thread; the vectorized POCS ' ...
-     '(`bench/pocs_vectorized.m`) runs the same iterations with the same constraint form. Times are single runs, ' ...
-     'FFTW on one thread; the C++ iteration row is Google Benchmark (mean over at least 1 s).']
+     '(`bench/pocs_vectorized.m`) runs the same iterations with the same constraint form. "fully sampled": the ' ...
+     'magnitude of the whole (noisy) k-space, the noise floor that no reconstruction keeping the measured samples ' ...
+     'goes below by much. Times are single runs, FFTW on one thread: "POCS" the default call (with the automatic ' ...
+     'constraint''s 5 trial iterations of the other form), "same work" POCS with the kept form and iteration count ' ...
+     'fixed, as the vectorized code runs it. Both are bounded by the FFTs (the iteration row). The C++ iteration ' ...
+     'row is Google Benchmark (mean over at least 1 s).']
     ''
   };
   text = sprintf('%s\n', lines{:});

@@ -33,7 +33,4 @@ function [img, phase, zero_filled, info] = core_recon(kspace, ranges, options, o
   info = struct('ranges', {ranges}, 'method', core.method, 'constraint', {core.constraint}, ...
                 'iterations', core.iterations, 'change', core.change, 'residual', core.residual, ...
                 'echo_offset', core.echo_offset, 'threads', core.threads, 'seconds', struct('total', toc(started)));
-  if ~iscomplex(kspace) && isreal(img) == false && ~strcmpi(options.Output, 'complex')
-    img = real(img);
-  end
 end
