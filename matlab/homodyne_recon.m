@@ -76,9 +76,10 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %                  (it keeps the real part). No output holds NaN or Inf.
 %     PHASE        one-pass 'real': the low-resolution phase that was taken
 %                  off, in radians, NaN where the low-resolution image is
-%                  exactly 0; otherwise the phase of the complex image, 0
-%                  where it is 0 (a second, complex reconstruction unless
-%                  'Output' is 'complex'). Computed only when asked for.
+%                  exactly 0; otherwise the phase estimate the method used
+%                  (POCS: from the windowed centre; one-pass: the
+%                  low-resolution phase), 0 where none exists. Computed only
+%                  when asked for.
 %     ZERO_FILLED  the magnitude of the inverse DFT of KSPACE as it is
 %                  (computed only when asked for).
 %     INFO         struct: ranges (the ranges used, given or detected, in

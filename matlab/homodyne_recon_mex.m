@@ -2,6 +2,7 @@
 %
 %   [IMAGE, INFO] = HOMODYNE_RECON_MEX('reconstruct', KSPACE)
 %   [IMAGE, INFO] = HOMODYNE_RECON_MEX('reconstruct', KSPACE, OPTIONS)
+%   [IMAGE, INFO, PHASE] = HOMODYNE_RECON_MEX('reconstruct', KSPACE, OPTIONS)
 %
 %   KSPACE is single, real or complex, centred (k = 0 at index floor(n/2)+1
 %   of each of the first three dimensions), in the order x, y, z, coils,
@@ -18,7 +19,8 @@
 %   IMAGE is single, of KSPACE's size, a new array: the inputs are never
 %   written. INFO is a struct with one entry per coil image: method,
 %   constraint, iterations, change, residual, echo_offset (3 x images),
-%   threads.
+%   threads. PHASE (single, real, of KSPACE's size) is the phase estimate
+%   that the method used, in radians, 0 where none exists.
 %
 %   Errors carry an identifier: homodyne:usage (unknown command, argument
 %   count), homodyne:badInput, homodyne:badOption (unknown option or value

@@ -4,23 +4,19 @@ function [img, phase, zero_filled, info] = core_recon(kspace, ranges, options, o
 %   reconstructs KSPACE (validated, any class HOMODYNE_RECON takes) with the
 %   sampled RANGES (1x3 cell) and OPTIONS (struct of the core's options:
 %   Method, Output, Iterations, ...). OUTPUTS is the caller's nargout: PHASE
-%   (the phase of the complex image, 0 where it is 0) costs a second,
-%   complex reconstruction unless Output is 'complex'; ZERO_FILLED is
-%   computed only when asked for. Errors of the core are raised with their
+%   (the phase estimate the method used) and ZERO_FILLED are computed only
+%   when asked for. Errors of the core are raised with their
 %   homodyne:... identifier and the prefix 'homodyne_recon: '.
   started = tic;
   phase = [];
   zero_filled = [];
   options.Ranges = ranges;
   try
-    [img, core] = homodyne_recon_mex('reconstruct', single(kspace), options);
     if outputs > 1
-      if strcmpi(options.Output, 'complex')
-        image = img;
-      else
-        image = homodyne_recon_mex('reconstruct', single(kspace), setfield(options, 'Output', 'complex'));
-      end
-      phase = cast(angle(image), class(kspace));
+      [img, core, phase] = homodyne_recon_mex('reconstruct', single(kspace), options);
+      phase = cast(phase, class(kspace));
+    else
+      [img, core] = homodyne_recon_mex('reconstruct', single(kspace), options);
     end
   catch err
     message = regexprep(err.message, '^homodyne_recon_mex: ', '');

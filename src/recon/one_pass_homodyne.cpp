@@ -64,7 +64,7 @@ HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges)
 }
 
 VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
-                             const Complex* kspace, ReconOutput output, float* image)
+                             const Complex* kspace, ReconOutput output, float* image, float* phase)
 {
     const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2], voxels = full.voxels();
     const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
@@ -105,7 +105,8 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
     // For complex output, cos and sin of the phase on the image grid (in the
     // scratch buffer's pairs), from the transfer applied to ones.
     float* unit = reinterpret_cast<float*>(scratch.data());
-    if (output == ReconOutput::complex) {
+    const bool unit_wanted = output == ReconOutput::complex || phase != nullptr;
+    if (unit_wanted) {
         std::fill(unit, unit + 2 * voxels, 1.0f);
         AddLowResPhase(ComplexPlanes{unit, nullptr, 1}, data_dims, planes.data(), planes.data() + lows, low_dims);
         AddLowResPhase(ComplexPlanes{unit + voxels, nullptr, 1}, data_dims, planes.data() + 2 * lows,
@@ -117,6 +118,10 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
             for (Index x = 0; x < nx; ++x, ++i) {
                 const Index from = row + mx[x];
                 const float r = std::isnan(work[from].real()) ? 0.0f : work[from].real();
+                if (phase != nullptr) {
+                    const float c = unit[from], s = unit[voxels + from];
+                    phase[i] = std::isnan(c) || std::isnan(s) ? 0.0f : std::atan2(s, c);
+                }
                 if (output == ReconOutput::complex) {
                     image[2 * i] = r == 0.0f ? 0.0f : r * unit[from];
                     image[2 * i + 1] = r == 0.0f ? 0.0f : r * unit[voxels + from];

@@ -28,6 +28,8 @@ struct HomodynePlan {
 HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges);
 
 // One coil image: centred k-space in, the centred image out in the form
-// `output` (complex: the real image times the low-resolution phase).
+// `output` (complex: the real image times the low-resolution phase), and
+// into `phase`, unless null, the low-resolution phase in radians (0 where
+// the low-resolution image is 0).
 VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
-                             const Complex* kspace, ReconOutput output, float* image);
+                             const Complex* kspace, ReconOutput output, float* image, float* phase);

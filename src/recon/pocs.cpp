@@ -172,7 +172,8 @@ double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* bo
     return plan.blended ? restore_runs<true>(plan, kspace, box_samples) : restore_runs<false>(plan, kspace, box_samples);
 }
 
-VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform, const Complex* kspace, float* image)
+VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform, const Complex* kspace, float* image,
+                         float* phase)
 {
     const Index voxels = transform.voxels();
     std::vector<Complex> box_samples(static_cast<std::size_t>(plan.box.samples()));
@@ -206,6 +207,14 @@ VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform,
     transform.inverse(buffers.work.data());
     const float scale = 1.0f / static_cast<float>(voxels);
     write_image(buffers.work.data(), buffers.phase.data(), transform.n(), scale, plan.options.output, image);
+    if (phase != nullptr) {
+        const Complex* e = buffers.phase.data();
+        for_each_shift_run(transform.n(), [&](Index fft, Index centred, Index count) {
+            for (Index i = 0; i < count; ++i) {
+                phase[centred + i] = std::atan2(e[fft + i].imag(), e[fft + i].real());
+            }
+        });
+    }
     report.echo = peak;
     return report;
 }

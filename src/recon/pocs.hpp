@@ -58,6 +58,6 @@ double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* bo
 
 // One coil image: centred k-space in, the image in the requested output form
 // out (interleaved pairs for complex output, else one float per voxel),
-// centred.
+// centred; and into `phase`, unless null, the estimated phase in radians.
 VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform, const Complex* kspace,
-                         float* image);
+                         float* image, float* phase);

@@ -27,7 +27,8 @@ void check_kspace_values(const ReconShape& shape, const Complex* kspace)
     }
 }
 
-ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image)
+ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
+                         float* phase)
 {
     validate_options(options, shape);
     check_kspace_values(shape, kspace);
@@ -47,8 +48,10 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
     const auto run = [&](int thread) {
         for (Index j = thread; j < images; j += report.threads) {
             const Complex* k = kspace + j * shape.voxels();
-            report.images[j] = pocs ? pocs_volume(plan, full, k, image + j * values)
-                                    : homodyne_volume(homodyne, full, *block, k, options.output, image + j * values);
+            float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
+            report.images[j] = pocs ? pocs_volume(plan, full, k, image + j * values, phase_of_image)
+                                    : homodyne_volume(homodyne, full, *block, k, options.output, image + j * values,
+                                                      phase_of_image);
         }
     };
 

@@ -23,9 +23,12 @@ inline Index values_per_sample(ReconOutput output) { return output == ReconOutpu
 
 // `kspace`: shape.samples() centred samples. `image`: shape.samples() *
 // values_per_sample(options.output) floats, centred, in the same order.
+// `phase`, unless null: shape.samples() floats, the phase estimate that the
+// method used, in radians (0 where none exists).
 // Throws ReconError (nothing written to `image` when the options or the data
 // are refused).
-ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image);
+ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
+                         float* phase = nullptr);
 
 // Refuses k-space holding NaN or Inf (homodyne:badInput) or values so large
 // that a transform of the image size could overflow single precision

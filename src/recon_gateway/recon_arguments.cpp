@@ -185,8 +185,9 @@ mxArray* info_of(const ReconReport& report, const ReconOptions& options)
 
 void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 {
-    if (nrhs < 2 || nrhs > 3 || nlhs > 2) {
-        throw ReconError("homodyne:usage", "Usage: [IMAGE, INFO] = homodyne_recon_mex('reconstruct', KSPACE, OPTIONS).");
+    if (nrhs < 2 || nrhs > 3 || nlhs > 3) {
+        throw ReconError("homodyne:usage",
+                         "Usage: [IMAGE, INFO, PHASE] = homodyne_recon_mex('reconstruct', KSPACE, OPTIONS).");
     }
     const mxArray* kspace = prhs[1];
     if (!has_class(kspace, "single") || mxIsSparse(kspace) || mxIsEmpty(kspace)) {
@@ -203,13 +204,16 @@ void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prh
     const std::vector<mwSize> sizes(dims.begin(), dims.end());
     mxArray* image = complex_output ? create_complex_single(dims)
                                     : mxCreateNumericArray(sizes.size(), sizes.data(), mxSINGLE_CLASS, mxREAL);
+    mxArray* phase = nlhs > 2 ? mxCreateNumericArray(sizes.size(), sizes.data(), mxSINGLE_CLASS, mxREAL) : nullptr;
+    float* phase_values = phase != nullptr ? static_cast<float*>(mxGetData(phase)) : nullptr;
     try {
 #if MX_HAS_INTERLEAVED_COMPLEX
-        const ReconReport report = reconstruct(shape, samples, options, static_cast<float*>(mxGetData(image)));
+        const ReconReport report =
+            reconstruct(shape, samples, options, static_cast<float*>(mxGetData(image)), phase_values);
 #else
         std::vector<float> pairs(complex_output ? 2 * static_cast<std::size_t>(shape.samples()) : 0);
         float* out = complex_output ? pairs.data() : static_cast<float*>(mxGetData(image));
-        const ReconReport report = reconstruct(shape, samples, options, out);
+        const ReconReport report = reconstruct(shape, samples, options, out, phase_values);
         if (complex_output) {
             float* re = static_cast<float*>(mxGetData(image));
             float* im = static_cast<float*>(mxGetImagData(image));
@@ -223,8 +227,14 @@ void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prh
         if (nlhs > 1) {
             plhs[1] = info_of(report, options);
         }
+        if (phase != nullptr) {
+            plhs[2] = phase;
+        }
     } catch (...) {
         mxDestroyArray(image);
+        if (phase != nullptr) {
+            mxDestroyArray(phase);
+        }
         throw;
     }
 }
