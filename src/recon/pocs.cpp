@@ -99,6 +99,8 @@ struct PocsBuffers {
 // k-space in buffers.work.
 class PocsRun {
 public:
+    // `transform`: along the partial axes; `box_samples`: the measured block
+    // transformed along the fully sampled axes.
     PocsRun(const PocsPlan& plan, const VolumeTransform& transform, const Complex* box_samples, double measured_norm,
             PocsBuffers& buffers)
         : plan_(plan), transform_(transform), box_samples_(box_samples), measured_norm_(measured_norm),
@@ -120,7 +122,9 @@ public:
     const VolumeReport& run(int until)
     {
         const Index voxels = transform_.voxels();
-        const float scale = 1.0f / static_cast<float>(voxels);
+        // The pair of transforms gains their length; the image's scale
+        // does not matter to the projections, which commute with it.
+        const float scale = 1.0f / static_cast<float>(transform_.transformed());
         Complex* work = buffers_.work.data();
         while (!converged_ && report_.iterations < until) {
             transform_.inverse(work);
@@ -172,17 +176,35 @@ double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* bo
     return plan.blended ? restore_runs<true>(plan, kspace, box_samples) : restore_runs<false>(plan, kspace, box_samples);
 }
 
-VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform, const Complex* kspace, float* image,
+PocsTransforms::PocsTransforms(const PocsPlan& plan)
+    : all(plan.box.n),
+      full_axes(plan.box.n, {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}),
+      partial_axes(plan.box.n, plan.box.partial)
+{
+}
+
+VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace, float* image,
                          float* phase)
 {
+    const VolumeTransform& transform = transforms.partial_axes;
     const Index voxels = transform.voxels();
     std::vector<Complex> box_samples(static_cast<std::size_t>(plan.box.samples()));
     crop_sampled(plan.box, kspace, box_samples.data());
-    const double measured_norm = squared_norm(box_samples.data(), plan.box.samples());
 
     PocsBuffers buffers(voxels);
     const std::array<Index, 3> peak = echo_peak(plan.box, box_samples.data());
-    estimate_phase(transform, plan.box, box_samples.data(), peak, plan.options.window, buffers.phase.data());
+    estimate_phase(transforms.all, plan.box, box_samples.data(), peak, plan.options.window, buffers.phase.data());
+
+    // The measured block into hybrid space: along the fully sampled axes it
+    // is whole, so it is its own transform there.
+    Complex* work = buffers.work.data();
+    std::fill(work, work + voxels, Complex(0.0f, 0.0f));
+    restore_measured(plan, work, box_samples.data());
+    transforms.full_axes.inverse(work);
+    for_each_box_run(plan.box, [&](Index fft, Index at, Index count, Index, Index, Index) {
+        std::copy(work + fft, work + fft + count, box_samples.data() + at);
+    });
+    const double measured_norm = squared_norm(box_samples.data(), plan.box.samples());
 
     PocsRun pocs(plan, transform, box_samples.data(), measured_norm, buffers);
     const int iterations = plan.options.iterations;

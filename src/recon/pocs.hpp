@@ -6,8 +6,13 @@
 //                     x <- |x| e^{i phi}              (the magnitude form);
 //   data consistency  measured samples put back, optionally blended with the
 //                     estimate over a transition band at the block's edge.
-// The constraint pass also applies the transform's 1/N and measures the
+// The constraint pass also applies the transforms' scale and measures the
 // change; the data pass measures the data residual of the projected image.
+//
+// The measured block spans every fully sampled axis, so the data step
+// commutes with transforms along those axes: they are transformed once, up
+// front, and the iterations run in that hybrid space with transforms along
+// the partial axes only (one axis of three: a third of the FFT work).
 
 #include <array>
 #include <vector>
@@ -56,8 +61,15 @@ double project_onto_phase(Complex* image, const Complex* phase, float* amplitude
 // blend weights. Returns ||e - m||^2 over the block.
 double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* box_samples);
 
+// The transforms of one call: all axes (the phase estimate), the fully
+// sampled axes (once per image), the partial axes (every iteration).
+struct PocsTransforms {
+    VolumeTransform all, full_axes, partial_axes;
+    explicit PocsTransforms(const PocsPlan& plan);
+};
+
 // One coil image: centred k-space in, the image in the requested output form
 // out (interleaved pairs for complex output, else one float per voxel),
 // centred; and into `phase`, unless null, the estimated phase in radians.
-VolumeReport pocs_volume(const PocsPlan& plan, const VolumeTransform& transform, const Complex* kspace,
+VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace,
                          float* image, float* phase);

@@ -34,11 +34,12 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
     check_kspace_values(shape, kspace);
 
     // Every plan is made here, before a thread starts.
-    const VolumeTransform full(shape.n);
     const bool pocs = options.method == ReconMethod::pocs;
     const HomodynePlan homodyne = pocs ? HomodynePlan{} : plan_homodyne(shape, options.ranges);
+    const std::unique_ptr<VolumeTransform> full(pocs ? nullptr : new VolumeTransform(shape.n));
     const std::unique_ptr<VolumeTransform> block(pocs ? nullptr : new VolumeTransform(homodyne.block()));
     const PocsPlan plan = pocs ? plan_pocs(shape, options) : PocsPlan{};
+    const std::unique_ptr<PocsTransforms> pocs_transforms(pocs ? new PocsTransforms(plan) : nullptr);
 
     const Index images = shape.coils * shape.volumes;
     const Index values = shape.voxels() * values_per_sample(options.output);
@@ -49,8 +50,8 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
         for (Index j = thread; j < images; j += report.threads) {
             const Complex* k = kspace + j * shape.voxels();
             float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
-            report.images[j] = pocs ? pocs_volume(plan, full, k, image + j * values, phase_of_image)
-                                    : homodyne_volume(homodyne, full, *block, k, options.output, image + j * values,
+            report.images[j] = pocs ? pocs_volume(plan, *pocs_transforms, k, image + j * values, phase_of_image)
+                                    : homodyne_volume(homodyne, *full, *block, k, options.output, image + j * values,
                                                       phase_of_image);
         }
     };

@@ -4,9 +4,13 @@
 //
 // FFTW's planner is not thread-safe: make every VolumeTransform before any
 // worker thread starts and destroy it after they have joined; executing a
-// plan is safe from many threads at once. Plans are made with FFTW_ESTIMATE,
-// which neither reads nor writes the buffers. Nothing touches FFTW's global
-// settings (threads, wisdom), which a host such as Octave shares.
+// plan is safe from many threads at once. Plans are measured (FFTW_MEASURE)
+// on a scratch buffer of their own. FFTW's global state, which a host such
+// as Octave shares, is left as found: the thread setting is not touched,
+// and the host's wisdom is set aside while the toolbox plans with its own.
+// Measured plans may differ between processes, so results may differ
+// between sessions by single-precision rounding; within a call every image
+// uses the same plans.
 
 #include <complex>
 #include <memory>
@@ -29,9 +33,12 @@ private:
     std::unique_ptr<Complex, Free> data_;
 };
 
+// Transforms along a chosen set of the three axes (all by default), every
+// line along the others transformed on its own; with no axis chosen both
+// directions leave the data as they are.
 class VolumeTransform {
 public:
-    explicit VolumeTransform(const std::array<Index, 3>& n);
+    explicit VolumeTransform(const std::array<Index, 3>& n, const std::array<bool, 3>& axes = {true, true, true});
     ~VolumeTransform();
     VolumeTransform(const VolumeTransform&) = delete;
     VolumeTransform& operator=(const VolumeTransform&) = delete;
@@ -41,10 +48,13 @@ public:
     void forward(Complex* data) const;
     const std::array<Index, 3>& n() const { return n_; }
     Index voxels() const { return n_[0] * n_[1] * n_[2]; }
+    // Samples along the chosen axes: the gain of a forward and inverse pair.
+    Index transformed() const { return transformed_; }
 
 private:
     void release();
     std::array<Index, 3> n_;
+    Index transformed_ = 1;
     void* inverse_ = nullptr;
     void* forward_ = nullptr;
 };
