@@ -28,7 +28,7 @@ struct PocsBenchData {
 
     PocsBenchData()
         : shape(make_shape()), options(make_options()), plan(plan_pocs(shape, options)),
-          transform(shape.n, plan.box.partial), all_axes(shape.n),
+          transform(shape.n, plan.box.partial, true), all_axes(shape.n, {true, true, true}, true),
           work(shape.voxels()), phase(shape.voxels()), amplitude(static_cast<std::size_t>(shape.voxels())),
           measured(static_cast<std::size_t>(plan.box.samples()))
     {

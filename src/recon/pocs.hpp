@@ -62,7 +62,8 @@ double project_onto_phase(Complex* image, const Complex* phase, float* amplitude
 double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* box_samples);
 
 // The transforms of one call: all axes (the phase estimate), the fully
-// sampled axes (once per image), the partial axes (every iteration).
+// sampled axes (once per image), the partial axes (every iteration, so its
+// plans are measured).
 struct PocsTransforms {
     VolumeTransform all, full_axes, partial_axes;
     explicit PocsTransforms(const PocsPlan& plan);

@@ -24,8 +24,7 @@ fftwf_complex* as_fftw(Complex* p) { return reinterpret_cast<fftwf_complex*>(p);
 
 // FFTW_MEASURE times candidate plans on the scratch buffer: 5-7x faster
 // transforms than FFTW_ESTIMATE's guesses on 256 x 256 x 64 (measured),
-// for about a second of planning the first time a shape is seen.
-const unsigned planner_flags = FFTW_MEASURE;
+// for seconds of planning the first time a shape is seen in a process.
 
 // FFTW's wisdom (the plans it has measured) is global to the process and
 // shared with the host's own fft. For the length of one planning, the
@@ -68,7 +67,8 @@ private:
 
 }  // namespace
 
-VolumeTransform::VolumeTransform(const std::array<Index, 3>& n, const std::array<bool, 3>& axes) : n_(n)
+VolumeTransform::VolumeTransform(const std::array<Index, 3>& n, const std::array<bool, 3>& axes, bool measured)
+    : n_(n)
 {
     // The chosen axes are the transform's dimensions, the others its loop,
     // slowest first as FFTW lists them.
@@ -91,8 +91,9 @@ VolumeTransform::VolumeTransform(const std::array<Index, 3>& n, const std::array
     ComplexBuffer scratch(voxels());
     fftwf_complex* data = as_fftw(scratch.data());
     const PlannerWisdom wisdom;
-    inverse_ = fftwf_plan_guru_dft(rank, chosen, loops, loop, data, data, FFTW_BACKWARD, planner_flags);
-    forward_ = fftwf_plan_guru_dft(rank, chosen, loops, loop, data, data, FFTW_FORWARD, planner_flags);
+    const unsigned flags = measured ? FFTW_MEASURE : FFTW_ESTIMATE;
+    inverse_ = fftwf_plan_guru_dft(rank, chosen, loops, loop, data, data, FFTW_BACKWARD, flags);
+    forward_ = fftwf_plan_guru_dft(rank, chosen, loops, loop, data, data, FFTW_FORWARD, flags);
     if (inverse_ == nullptr || forward_ == nullptr) {
         release();
         throw ReconError("homodyne:internal", "FFTW could not plan a transform of the image size.");

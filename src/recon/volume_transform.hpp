@@ -4,8 +4,8 @@
 //
 // FFTW's planner is not thread-safe: make every VolumeTransform before any
 // worker thread starts and destroy it after they have joined; executing a
-// plan is safe from many threads at once. Plans are measured (FFTW_MEASURE)
-// on a scratch buffer of their own. FFTW's global state, which a host such
+// plan is safe from many threads at once. Plans are estimated, or measured
+// (FFTW_MEASURE) on a scratch buffer of their own. FFTW's global state, which a host such
 // as Octave shares, is left as found: the thread setting is not touched,
 // and the host's wisdom is set aside while the toolbox plans with its own.
 // Measured plans may differ between processes, so results may differ
@@ -38,7 +38,10 @@ private:
 // directions leave the data as they are.
 class VolumeTransform {
 public:
-    explicit VolumeTransform(const std::array<Index, 3>& n, const std::array<bool, 3>& axes = {true, true, true});
+    // `measured`: plans timed with FFTW_MEASURE, for transforms run many
+    // times; else FFTW_ESTIMATE's plans, made at once.
+    explicit VolumeTransform(const std::array<Index, 3>& n, const std::array<bool, 3>& axes = {true, true, true},
+                             bool measured = false);
     ~VolumeTransform();
     VolumeTransform(const VolumeTransform&) = delete;
     VolumeTransform& operator=(const VolumeTransform&) = delete;
