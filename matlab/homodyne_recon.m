@@ -95,7 +95,13 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %
 %   Both MEX layouts give the same results. The one-pass 'real' path runs
 %   the module's commands (HOMODYNE_MEX); everything else runs in the C++
-%   core HOMODYNE_RECON_MEX, which never writes into its inputs.
+%   core HOMODYNE_RECON_MEX, which never writes into its inputs. POCS runs
+%   its iterations with FFTs along the partial axes only, planned by timing
+%   (FFTW_MEASURE): the first call for a new image size and set of partial
+%   axes in a session spends about 1-10 s planning (256 x 256 x 64 here);
+%   later calls reuse the plans. Measured plans may differ between sessions,
+%   so POCS results may differ between sessions by single-precision
+%   rounding; within a session they are repeatable.
 %
 %   Example:
 %     [truth, k] = homodyne_phantom([128 128 32]);
