@@ -6,6 +6,7 @@ function cases = test_recon_core()
     'fully_sampled_gives_inverse_dft_and_zeros_give_zeros', @fully_sampled_gives_inverse_dft_and_zeros_give_zeros
     'one_pass_core_equals_m_code_chain', @one_pass_core_equals_m_code_chain
     'refusals_name_the_option', @refusals_name_the_option
+    'host_fftw_state_left_as_found', @host_fftw_state_left_as_found
   };
 end
 
@@ -129,4 +130,17 @@ function refusals_name_the_option(~)
              'expected %s "%s", got %s "%s"', table{t, 1}, table{t, 2}, err.identifier, err.message);
     end
   end
+end
+
+% The core measures its FFT plans with its own wisdom; Octave's single-
+% precision wisdom (the same entries; FFTW lists them in hash order) and
+% FFTW thread setting are the same after a call.
+function host_fftw_state_left_as_found(~)
+  [~, k] = homodyne_phantom([24 20 6]);
+  k(:, 1:6, :) = 0;
+  entries = @(wisdom) sort(strsplit(wisdom, "\n"));
+  wisdom = entries(fftw('swisdom'));
+  threads = fftw('threads');
+  homodyne_recon(k, 'Iterations', 2);
+  assert(isequal(entries(fftw('swisdom')), wisdom) && fftw('threads') == threads);
 end
