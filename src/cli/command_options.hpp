@@ -11,6 +11,7 @@ struct CommandOptions {
     ReconOptions recon;           // ranges come from the file
     std::string input, output;    // ISMRMRD raw data in, ISMRMRD images out
     std::string png;              // montage, unless empty
+    std::string wisdom;           // FFTW wisdom kept between runs, unless empty
     bool keep_oversampling = false;
     bool quiet = false;
     bool help = false;

@@ -10,6 +10,7 @@
 
 #include "cli/pending_file.hpp"
 #include "cli/scan_reconstruction.hpp"
+#include "cli/wisdom_file.hpp"
 #include "rawdata/image_writer.hpp"
 #include "rawdata/png_montage.hpp"
 #include "recon/recon_error.hpp"
@@ -23,6 +24,13 @@ void refuse_overwriting_input(const CommandOptions& options)
         if (!out.empty() && std::filesystem::equivalent(options.input, out, error)) {
             throw ReconError("homodyne:usage", out + ": is the input file; name another output");
         }
+    }
+}
+
+void warn(const CommandOptions& options, const std::string& warning)
+{
+    if (!options.quiet && !warning.empty()) {
+        std::cerr << "homodyne-recon: warning: " << warning << "\n";
     }
 }
 
@@ -80,10 +88,11 @@ void run_command(const CommandOptions& options)
     RawReadOptions read;
     read.remove_oversampling = !options.keep_oversampling;
     const RawKspace scan = read_raw_kspace(options.input, read);
-    if (!options.quiet) {
-        for (const std::string& warning : scan.warnings) {
-            std::cerr << "homodyne-recon: warning: " << warning << "\n";
-        }
+    for (const std::string& warning : scan.warnings) {
+        warn(options, warning);
+    }
+    if (!options.wisdom.empty()) {
+        warn(options, load_wisdom(options.wisdom));
     }
 
     ReconOptions recon = options.recon;
@@ -104,6 +113,9 @@ void run_command(const CommandOptions& options)
         montage.write([&](const std::string& path) { write_montage(path, images); });
         image_file.commit();
         montage.commit();
+    }
+    if (!options.wisdom.empty()) {
+        warn(options, save_wisdom(options.wisdom));
     }
     if (!options.quiet) {
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - started;

@@ -113,10 +113,16 @@ TEST(CommandLine, ImagesEqualTheCoreOnTheSameKspace)
             combined.push_back(static_cast<float>(std::sqrt(sum)));
         }
     }
-    ProgramRun run = homodyne_recon("\"" + in + "\" \"" + out + "\"");
+    const std::string wisdom = data_file("wisdom.txt");
+    std::filesystem::remove(wisdom);
+    ProgramRun run = homodyne_recon("--wisdom " + wisdom + " \"" + in + "\" \"" + out + "\"");
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_NE(run.errors.find("volume 2 of 2"), std::string::npos) << run.errors;
     expect_within_rounding(images_in<float>(out, 2, {16, 16, 4, 1}), combined);
+    std::ifstream kept(wisdom);
+    std::string first_word;
+    kept >> first_word;
+    EXPECT_EQ(first_word.rfind("(fftw-", 0), 0u) << first_word;  // the plans POCS measured, for the next run
 
     // One-pass homodyne, complex, one channel per coil, quiet, with a montage.
     options.method = ReconMethod::homodyne;
