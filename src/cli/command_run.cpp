@@ -10,6 +10,7 @@
 
 #include "cli/pending_file.hpp"
 #include "cli/scan_reconstruction.hpp"
+#include "cli/unit_scale.hpp"
 #include "cli/wisdom_file.hpp"
 #include "rawdata/image_writer.hpp"
 #include "rawdata/png_montage.hpp"
@@ -87,7 +88,7 @@ void run_command(const CommandOptions& options)
 
     RawReadOptions read;
     read.remove_oversampling = !options.keep_oversampling;
-    const RawKspace scan = read_raw_kspace(options.input, read);
+    RawKspace scan = read_raw_kspace(options.input, read);
     for (const std::string& warning : scan.warnings) {
         warn(options, warning);
     }
@@ -102,7 +103,10 @@ void run_command(const CommandOptions& options)
             std::cerr << "homodyne-recon: volume " << done << " of " << volumes << "\n";
         }
     };
-    const ScanImages images = reconstruct_scan(scan, recon, progress);
+    const float scale = unit_scale(scan.kspace);
+    scale_values(scan.kspace, 1.0f / scale);
+    ScanImages images = reconstruct_scan(scan, recon, progress);
+    scale_values(images.values, scale);
 
     PendingFile image_file(options.output);
     image_file.write([&](const std::string& path) { write_images(path, scan, images); });
