@@ -82,7 +82,7 @@ const OptionRow option_table[] = {
     {"--wisdom", "FILE", nullptr,
      "keep FFTW's measured plans in FILE between runs: read if it exists,\n"
      "written back when it grew (POCS measures its transforms once per\n"
-     "image size, about 1.5 s at 256 x 256 x 64)",
+     "image size, about 1.2 s at 256 x 256 x 64)",
      [](CommandOptions& o, const std::string& v) { o.wisdom = v; }},
     {"--quiet", nullptr, nullptr, "no progress, warnings or summary on stderr; errors still shown",
      [](CommandOptions& o, const std::string&) { o.quiet = true; }},

@@ -1,7 +1,7 @@
 #pragma once
 // FFTW wisdom kept in a file between runs of homodyne-recon: POCS measures
 // its transforms (FFTW_MEASURE) once per image shape and set of partial axes,
-// 1.5 s at 256 x 256 x 64 with 8 coils; with the file only the first run
+// 1.2 s at 256 x 256 x 64; with the file only the first run
 // pays it. Wisdom never makes a run fail: a fault of the file is a warning
 // and the plans are measured again.
 
