@@ -7,7 +7,7 @@ function sweep_in_children(batch)
   fclose(fopen(log_file, 'w'));
   cleanup = onCleanup(@() delete(log_file));
   paths = sprintf('addpath(''%s''); ', fileparts(which('homodyne_recon')), fileparts(which('homodyne_mex')), ...
-                  fileparts(mfilename('fullpath')));
+                  fileparts(which('centred_idft')), fileparts(mfilename('fullpath')));
   count = run_batch(batch, 1, 0);
   assert(count >= 100, '%s lists only %d calls', batch, count);
   octave = fullfile(OCTAVE_HOME(), 'bin', 'octave-cli');

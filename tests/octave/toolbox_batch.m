@@ -24,7 +24,7 @@ function [calls, outcome_of] = toolbox_batch()
   calls = add(calls, 'homodyne_recon', {reshape(up, 1, 1, 8)}, 1, @(o) near_m(o{1}));
   calls = add(calls, 'homodyne_recon', {single(reshape(down, 1, 1, 8))}, 1, @(o) near_m(o{1}));
   calls = add(calls, 'homodyne_recon', {top}, 4, @(o) isequal(o{4}.weighted, [false false false]) ...
-              && max(abs(o{1} - abs(fftshift(ifft(ifftshift(top)))))) < 1e-6);
+              && max(abs(o{1} - abs(centred_idft(top)))) < 1e-6);
   calls = add(calls, 'homodyne_recon', {top.'}, 4, @(o) isequal(o{4}.weighted, [false false false]));
 
   % Partial-Fourier phantom, unit scale; the same data at any scale and in any
@@ -42,7 +42,7 @@ function [calls, outcome_of] = toolbox_batch()
   end
   calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, unit * 2^-100));   % bit for bit
   for data = {P, double(P), real(P)}   % ZERO_FILLED is abs of the inverse DFT as it is
-    calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, inverse_dft_magnitude(data{1}), 1e-6));
+    calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, abs(centred_idft(data{1})), 1e-6));
   end
   % Images below the normal range of their class would have lost their digits.
   calls = add(calls, 'homodyne_recon', {double(P) * 2^-1070}, 1, {'homodyne:scale', 'scale the data'});
@@ -70,7 +70,7 @@ function [calls, outcome_of] = toolbox_batch()
   % Fully sampled data of any shape: the magnitude of the plain inverse DFT.
   for sizes = {[7 5 3], [8 6 4 2], [1 9], [5 1 4], [4 4 1 1 2], [3 3 3 2 2]}
     data = complex(randn(sizes{1}), randn(sizes{1}));
-    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(data), 1e-5));
+    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1}, abs(centred_idft(data)), 1e-5));
   end
 
   % One rule for the ranges of homodyne_filter and homodyne_recon.
@@ -115,7 +115,7 @@ function [calls, outcome_of] = toolbox_batch()
   gaps = k16;
   gaps(:, 3:4) = 0;
   calls = add(calls, 'homodyne_recon', {gaps}, 1, {'homodyne:sampling', 'along y are not contiguous (k = -6 .. 5, but nothing from -4 to -3)'});
-  calls = add(calls, 'homodyne_recon', {single(k16)}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(k16), 1e-5));
+  calls = add(calls, 'homodyne_recon', {single(k16)}, 1, @(o) close_to(o{1}, abs(centred_idft(k16)), 1e-5));
 
   % Messages: usage, classes, values, options, sampling, a missing module.
   gap = k16;
@@ -157,7 +157,7 @@ function [calls, outcome_of] = toolbox_batch()
   calls = add(calls, 'homodyne_phase', {k16, double(k16(1:2:end, :))}, 1, @(o) isa(o{1}, 'double'));
   calls = add(calls, 'homodyne_phase', {randn(6, 5, 4), randn(3, 3)}, 1, []);
   calls = add(calls, 'homodyne_phase', {randn(6, 5), randn(3, 3, 2)}, 1, []);
-  calls = add(calls, 'homodyne_recon', {k16, 'ranges', {}}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(k16), 1e-5));
+  calls = add(calls, 'homodyne_recon', {k16, 'ranges', {}}, 1, @(o) close_to(o{1}, abs(centred_idft(k16)), 1e-5));
 end
 
 % Rows: wrapper, arguments, outputs, expectation (a check of the outputs, {id,
@@ -258,13 +258,4 @@ end
 % The homodyne weighting of the data, computed independently in single.
 function weighted = weights_of(data, ranges)
   [~, weighted] = filter_reference(single(data), ranges);
-end
-
-% abs of the centred inverse DFT of every volume, with plain 1-D transforms.
-function out = inverse_dft_magnitude(k)
-  out = k;
-  for d = 1:min(3, ndims(k))
-    out = fftshift(ifft(ifftshift(out, d), [], d), d);
-  end
-  out = abs(out);
 end
