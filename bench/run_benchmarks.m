@@ -8,7 +8,10 @@ function run_benchmarks(core_bench, results_file)
 %   - the MEX commands called from Octave (TIME_MEX_COMMANDS);
 %   - homodyne_recon beside bart homodyne and the vectorized chain
 %     (TIME_RECON);
-%   - the accuracy comparison with bart (COMPARE_BART).
+%   - the accuracy comparison with bart (COMPARE_BART);
+%   - POCS: an iteration against its FFTs, accuracy beside zero filling,
+%     bart and one-pass homodyne with and without noise, speed against a
+%     vectorized-Octave POCS (COMPARE_POCS).
 %   It prints one performance table (case, time, the baseline measured in
 %   the same run, ratio, goal, met?, peak memory), the interpolation
 %   library's table and the accuracy comparison, and writes the same, with
@@ -35,11 +38,13 @@ function run_benchmarks(core_bench, results_file)
   recon = time_recon();
   fprintf(2, 'run_benchmarks: accuracy beside bart\n');
   accuracy = compare_bart();
+  fprintf(2, 'run_benchmarks: POCS beside one-pass homodyne, bart and vectorized Octave\n');
+  pocs = compare_pocs(core_bench);
 
   report = [header_markdown(measured, machine), ...
             performance_markdown(commands, calls, recon), ...
             interpolation_markdown(interpolation), ...
-            regexprep(accuracy, '^#', '##', 'lineanchors')];
+            regexprep(accuracy, '^#', '##', 'lineanchors'), pocs];
   publish_report(report, results_file);
 end
 

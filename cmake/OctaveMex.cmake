@@ -10,7 +10,7 @@ file(GLOB_RECURSE HOMODYNE_MEX_INPUTS CONFIGURE_DEPENDS
 list(APPEND HOMODYNE_MEX_INPUTS ${PROJECT_SOURCE_DIR}/matlab/build_homodyne_mex.m)
 
 # The modules that build_homodyne_mex writes (its mex_modules table).
-set(HOMODYNE_MEX_MODULES homodyne_mex ismrmrd_mex)
+set(HOMODYNE_MEX_MODULES homodyne_mex homodyne_recon_mex ismrmrd_mex)
 set(HOMODYNE_MEX_LAYOUTS interleaved separate)
 foreach(layout IN LISTS HOMODYNE_MEX_LAYOUTS)
   set(out_dir ${CMAKE_BINARY_DIR}/mex/${layout})

@@ -1,8 +1,8 @@
 % Homodyne partial-Fourier reconstruction toolbox.
 %
 % Reconstruction
-%   homodyne_recon      - Partial-Fourier k-space in, real image out (ranges
-%                         given or detected, missing part at either end).
+%   homodyne_recon      - Partial-Fourier k-space in, image out: POCS (default) or
+%                         one-pass homodyne; real, magnitude or complex output.
 %
 % Raw data
 %   read_ismrmrd_kspace - Centred k-space, sampled ranges and noise readouts from an
@@ -15,8 +15,9 @@
 % MEX module
 %   homodyne_mex        - 'filter': homodyne weighting in place and the central block;
 %                         'multiply': low-resolution phase removed in place.
+%   homodyne_recon_mex  - 'reconstruct': the C++ core of homodyne_recon (FFTW).
 %   ismrmrd_mex         - The raw-data reader behind read_ismrmrd_kspace.
-%   build_homodyne_mex  - Build homodyne_mex and ismrmrd_mex with the host's MEX compiler.
+%   build_homodyne_mex  - Build the MEX modules with the host's MEX compiler.
 %
 % Test data and demonstration
 %   homodyne_phantom    - 3-D head-like test object with a smooth phase, and its k-space.

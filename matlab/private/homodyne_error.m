@@ -3,17 +3,20 @@ function homodyne_error(wrapper, id, message, varargin)
 %   HOMODYNE_ERROR(WRAPPER, ID, FORMAT, ...) raises 'WRAPPER: message' (FORMAT
 %   and its values as for sprintf) with the identifier 'homodyne:ID'.
 %   HOMODYNE_ERROR(WRAPPER, ERR) passes on ERR, an error caught in WRAPPER:
-%   the toolbox's own errors as they are; any other error (of homodyne_mex,
-%   whose messages carry its name as a prefix, or of the host) in the
-%   wrapper's name, as homodyne:noMemory when memory ran out and as
-%   homodyne:internal otherwise, since the wrappers validate every input
-%   before the module sees it.
+%   the toolbox's own errors with their identifier, in the wrapper's name
+%   where a MEX module raised them (their messages carry the module's name
+%   as a prefix); any other error (of homodyne_mex, which the wrappers never
+%   let refuse an input, or of the host) in the wrapper's name, as
+%   homodyne:noMemory when memory ran out and as homodyne:internal otherwise.
   if nargin == 2
     err = id;
+    text = regexprep(err.message, '^((homodyne_mex|homodyne_recon_mex|ismrmrd_mex): *)+', '');
     if strncmp(err.identifier, 'homodyne:', 9)
-      rethrow(err);
+      if strcmp(text, err.message)
+        rethrow(err);
+      end
+      error(struct('identifier', err.identifier, 'message', [wrapper ': ' text]));
     end
-    text = regexprep(err.message, '^(homodyne_mex: *)+', '');
     [id, message] = deal('internal', 'internal error, please report it: %s');
     if ~isempty(strfind(lower(text), 'out of memory'))
       [id, message] = deal('noMemory', '%s');

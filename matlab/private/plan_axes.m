@@ -1,4 +1,4 @@
-function plan = plan_axes(wrapper, ranges, labels, sizes)
+function plan = plan_axes(wrapper, ranges, labels, sizes, least_fraction)
 %PLAN_AXES  Check the sampled ranges of the first three axes; plan how homodyne_mex weights them.
 %   PLAN = PLAN_AXES(WRAPPER, RANGES, LABELS, SIZES): RANGES is a 1x3 cell of
 %   [] or [first last] in k coordinates (k = 0 at index floor(n/2)+1), LABELS
@@ -9,8 +9,9 @@ function plan = plan_axes(wrapper, ranges, labels, sizes)
 %     (homodyne:badRange);
 %   - an axis on which at most one sampled plane lacks its mirror (k -> -k)
 %     counts as fully sampled: it is left whole and not weighted;
-%   - any other range must contain k = 0 and cover at least 55 % of its
-%     symmetric extent (homodyne:sampling), the module's own limit.
+%   - any other range must contain k = 0 and cover at least LEAST_FRACTION
+%     of its symmetric extent (homodyne:sampling); by default 0.55, the
+%     module's own limit; POCS, which needs no weighting, passes 0.
 %   The module weights only axes whose missing part lies at the negative end;
 %   an axis missing its positive end is planned mirrored (k -> -k, where
 %   -n/2 of an even axis has no mirror).
@@ -18,6 +19,9 @@ function plan = plan_axes(wrapper, ranges, labels, sizes)
 %   PLAN.mex_ranges what homodyne_mex gets, in mirrored coordinates where
 %                   PLAN.mirrored, [] for an axis left whole;
 %   PLAN.mirrored, PLAN.weighted  1x3 logical.
+  if nargin < 5
+    least_fraction = 0.55;
+  end
   plan.ranges = cell(1, 3);
   plan.mex_ranges = cell(1, 3);
   plan.mirrored = false(1, 3);
@@ -55,7 +59,7 @@ function plan = plan_axes(wrapper, ranges, labels, sizes)
     end
     % The module's acceptance test, in its own precision.
     fraction = single(r(2) - r(1) + 1) / single(2 * r(2) + 1);
-    if double(fraction) < 0.55
+    if double(fraction) < least_fraction
       homodyne_error(wrapper, 'sampling', ['%s %s covers %.0f %% of its symmetric extent around k = 0; ' ...
                      'homodyne reconstruction needs at least 55 %%.'], labels{axis}, text, 100 * fraction);
     end

@@ -39,7 +39,7 @@ function missing_part_at_either_end_even_and_odd(~)
         cut{dim} = (1:missing) + at_positive_end * (n - missing);
         kspace = full;
         kspace(cut{:}) = 0;
-        [img, phase, zero_filled, info] = homodyne_recon(kspace);
+        [img, phase, zero_filled, info] = homodyne_recon(kspace, 'Method', 'homodyne');
         where = sprintf('n = %d, axis %d, missing at the positive end %d', n, dim, at_positive_end);
         phase_error = median(abs(angle(exp(1i * (phase(inside) - angle(image(inside)))))));
         assert(isequal(info.mirrored, at_positive_end & (1:3) == dim) && phase_error < 0.1 && ...
@@ -54,12 +54,13 @@ function detected_and_known_ranges_agree(~)
   kspace(1:12, :, :) = 0;                    % x: k = -20 .. -9 missing
   kspace(:, end - 9:end, :) = 0;             % y: k = 8 .. 17 missing
   known = {[-8 19], [-18 7], [-5 4]};
-  [detected_img, ~, ~, info] = homodyne_recon(kspace);
+  [detected_img, ~, ~, info] = homodyne_recon(kspace, 'Method', 'homodyne');
   assert(isequal(info.ranges, known), 'detected %s', mat2str(cell2mat(info.ranges)));
   assert(isequal(info.mirrored, [false true false]) && isequal(info.weighted, [true true false]));
-  assert(isequal(detected_img, homodyne_recon(kspace, 'Ranges', known)));
+  assert(isequal(detected_img, homodyne_recon(kspace, 'Ranges', known, 'Method', 'homodyne')));
   % A fully sampled axis may be given as [] and missing trailing entries count as [].
-  assert(isequal(detected_img, homodyne_recon(kspace, 'ranges', {[-8 19], [-18 7]})));
+  assert(isequal(detected_img, homodyne_recon(kspace, 'ranges', {[-8 19], [-18 7]}, 'method', 'homodyne')));
+  assert(isequal(homodyne_recon(kspace), homodyne_recon(kspace, 'Ranges', {[-8 19], [-18 7]})));
 end
 
 % Coils of a volume and of a slice: one call on the stack gives what a call

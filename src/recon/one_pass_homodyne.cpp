@@ -1,0 +1,135 @@
+#include "recon/one_pass_homodyne.hpp"
+
+#include <cmath>
+#include <vector>
+
+#include "phase/phase_transfer.hpp"
+#include "recon/fft_order.hpp"
+
+namespace {
+
+// The source index of every centred index along an axis: k -> -k where the
+// axis is mirrored (index floor(n/2) - k, the unpaired -n/2 of an even axis
+// staying put), the index itself elsewhere.
+std::vector<Index> mirror_map(Index n, bool mirrored)
+{
+    std::vector<Index> map(static_cast<std::size_t>(n));
+    for (Index c = 0; c < n; ++c) {
+        map[c] = mirrored ? (2 * (n / 2) - c + n) % n : c;
+    }
+    return map;
+}
+
+ComplexPlanes interleaved(Complex* values)
+{
+    float* re = reinterpret_cast<float*>(values);
+    return ComplexPlanes{re, re + 1, 2};
+}
+
+// A centred volume transformed in place to its centred inverse DFT, divided
+// by the sample count; `scratch` holds the FFT-order copy.
+void centred_inverse(const VolumeTransform& transform, Complex* centred, Complex* scratch)
+{
+    const std::array<Index, 3>& n = transform.n();
+    for_each_shift_run(n, [&](Index fft, Index c, Index count) { std::copy(centred + c, centred + c + count, scratch + fft); });
+    transform.inverse(scratch);
+    const float count_of_samples = static_cast<float>(transform.voxels());
+    for_each_shift_run(n, [&](Index fft, Index c, Index count) {
+        for (Index i = 0; i < count; ++i) {
+            centred[c + i] = Complex(scratch[fft + i].real() / count_of_samples, scratch[fft + i].imag() / count_of_samples);
+        }
+    });
+}
+
+}  // namespace
+
+HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges)
+{
+    HomodynePlan plan;
+    plan.n = shape.n;
+    for (int axis = 0; axis < 3; ++axis) {
+        const int n = static_cast<int>(shape.n[axis]);
+        const std::optional<KRange>& r = ranges[axis];
+        if (!r || std::abs(r->first + r->last) <= 1) {
+            plan.axes[axis] = plan_axis_filter(n, nullptr);
+            continue;
+        }
+        plan.mirrored[axis] = r->first + r->last < 0;
+        const Index highest = (n + 1) / 2 - 1;
+        const double range[2] = {static_cast<double>(plan.mirrored[axis] ? -r->last : r->first),
+                                 static_cast<double>(plan.mirrored[axis] ? std::min(-r->first, highest) : r->last)};
+        plan.axes[axis] = plan_axis_filter(n, range);
+    }
+    return plan;
+}
+
+VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
+                             const Complex* kspace, ReconOutput output, float* image, float* phase)
+{
+    const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2], voxels = full.voxels();
+    const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
+                             mz = mirror_map(nz, plan.mirrored[2]);
+    ComplexBuffer work(voxels), scratch(voxels), low(block.voxels());
+    for (Index z = 0, i = 0; z < nz; ++z) {
+        for (Index y = 0; y < ny; ++y) {
+            const Complex* row = kspace + (mz[z] * ny + my[y]) * nx;
+            for (Index x = 0; x < nx; ++x, ++i) {
+                work[i] = row[mx[x]];
+            }
+        }
+    }
+    std::fill(low.data(), low.data() + block.voxels(), Complex(0.0f, 0.0f));
+    const VolumeShape shape{static_cast<int>(nx), static_cast<int>(ny), static_cast<int>(nz), 1};
+    crop_block(interleaved(work.data()), shape, plan.axes[0], plan.axes[1], plan.axes[2], interleaved(low.data()));
+    weight_in_place(interleaved(work.data()), shape, plan.axes[0], plan.axes[1], plan.axes[2]);
+    centred_inverse(full, work.data(), scratch.data());
+    centred_inverse(block, low.data(), scratch.data());
+
+    // The phase transfer reads the low-resolution image as two planes; the
+    // second pair of planes, (Im L, -Re L), yields the sine of the phase.
+    const Index lows = block.voxels();
+    std::vector<float> planes(static_cast<std::size_t>(4 * lows));
+    for (Index i = 0; i < lows; ++i) {
+        planes[i] = low[i].real();
+        planes[lows + i] = low[i].imag();
+        planes[2 * lows + i] = low[i].imag();
+        planes[3 * lows + i] = -low[i].real();
+    }
+    const DimensionList data_dims{static_cast<std::uint32_t>(nx), static_cast<std::uint32_t>(ny),
+                                  static_cast<std::uint32_t>(nz)};
+    const std::array<Index, 3> b = plan.block();
+    const DimensionList low_dims{static_cast<std::uint32_t>(b[0]), static_cast<std::uint32_t>(b[1]),
+                                 static_cast<std::uint32_t>(b[2])};
+    AddLowResPhase(interleaved(work.data()), data_dims, planes.data(), planes.data() + lows, low_dims);
+
+    // For complex output, cos and sin of the phase on the image grid (in the
+    // scratch buffer's pairs), from the transfer applied to ones.
+    float* unit = reinterpret_cast<float*>(scratch.data());
+    const bool unit_wanted = output == ReconOutput::complex || phase != nullptr;
+    if (unit_wanted) {
+        std::fill(unit, unit + 2 * voxels, 1.0f);
+        AddLowResPhase(ComplexPlanes{unit, nullptr, 1}, data_dims, planes.data(), planes.data() + lows, low_dims);
+        AddLowResPhase(ComplexPlanes{unit + voxels, nullptr, 1}, data_dims, planes.data() + 2 * lows,
+                       planes.data() + 3 * lows, low_dims);
+    }
+    for (Index z = 0, i = 0; z < nz; ++z) {
+        for (Index y = 0; y < ny; ++y) {
+            const Index row = (mz[z] * ny + my[y]) * nx;
+            for (Index x = 0; x < nx; ++x, ++i) {
+                const Index from = row + mx[x];
+                const float r = std::isnan(work[from].real()) ? 0.0f : work[from].real();
+                if (phase != nullptr) {
+                    const float c = unit[from], s = unit[voxels + from];
+                    phase[i] = std::isnan(c) || std::isnan(s) ? 0.0f : std::atan2(s, c);
+                }
+                if (output == ReconOutput::complex) {
+                    image[2 * i] = r == 0.0f ? 0.0f : r * unit[from];
+                    image[2 * i + 1] = r == 0.0f ? 0.0f : r * unit[voxels + from];
+                } else {
+                    image[i] = output == ReconOutput::magnitude ? std::fabs(r) : r;
+                }
+            }
+        }
+    }
+    return VolumeReport{};
+}

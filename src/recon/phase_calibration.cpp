@@ -1,0 +1,81 @@
+#include "recon/phase_calibration.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+std::array<Index, 3> echo_peak(const SampledBox& box, const Complex* box_samples)
+{
+    Index best = 0;
+    float largest = -1.0f;
+    for (Index i = 0; i < box.samples(); ++i) {
+        const float power = std::norm(box_samples[i]);
+        if (power > largest) {
+            largest = power;
+            best = i;
+        }
+    }
+    const Index position[3] = {best % box.extent(0), best / box.extent(0) % box.extent(1),
+                               best / (box.extent(0) * box.extent(1))};
+    std::array<Index, 3> peak{0, 0, 0};
+    for (int axis = 0; axis < 3; ++axis) {
+        if (box.partial[axis]) {
+            peak[axis] = box.range[axis].first + position[axis];
+        }
+    }
+    return peak;
+}
+
+float window_value(CalibrationWindow window, double t)
+{
+    const double pi = 3.14159265358979323846;
+    const double a = std::fabs(t);
+    switch (window) {
+    case CalibrationWindow::hann:
+        return static_cast<float>(0.5 * (1.0 + std::cos(pi * a)));
+    case CalibrationWindow::tukey:  // flat over the inner half, a Hann taper outside
+        return a <= 0.5 ? 1.0f : static_cast<float>(0.5 * (1.0 + std::cos(pi * (2.0 * a - 1.0))));
+    case CalibrationWindow::box:
+        break;
+    }
+    return 1.0f;
+}
+
+namespace {
+
+// The window along one axis over the block's positions: centred on the peak
+// and as wide as the block allows on both sides of it; 1 on a full axis.
+std::vector<float> axis_window(const SampledBox& box, int axis, Index peak, CalibrationWindow window)
+{
+    std::vector<float> w(static_cast<std::size_t>(box.extent(axis)), 1.0f);
+    if (!box.partial[axis]) {
+        return w;
+    }
+    const Index half = std::min(peak - box.range[axis].first, box.range[axis].last - peak);
+    for (Index i = 0; i < box.extent(axis); ++i) {
+        const Index d = box.range[axis].first + i - peak;
+        w[i] = std::abs(d) > half ? 0.0f : window_value(window, static_cast<double>(d) / static_cast<double>(half + 1));
+    }
+    return w;
+}
+
+}  // namespace
+
+void estimate_phase(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
+                    const std::array<Index, 3>& peak, CalibrationWindow window, Complex* phase)
+{
+    const std::vector<float> wx = axis_window(box, 0, peak[0], window), wy = axis_window(box, 1, peak[1], window),
+                             wz = axis_window(box, 2, peak[2], window);
+    std::fill(phase, phase + transform.voxels(), Complex(0.0f, 0.0f));
+    for_each_box_run(box, [&](Index fft, Index at, Index count, Index x, Index y, Index z) {
+        const float wyz = wy[y] * wz[z];
+        for (Index i = 0; i < count; ++i) {
+            phase[fft + i] = box_samples[at + i] * (wx[x + i] * wyz);
+        }
+    });
+    transform.inverse(phase);
+    for (Index i = 0; i < transform.voxels(); ++i) {
+        const float m = std::abs(phase[i]);
+        phase[i] = m > 0.0f ? phase[i] / m : Complex(1.0f, 0.0f);
+    }
+}

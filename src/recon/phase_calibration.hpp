@@ -1,0 +1,29 @@
+#pragma once
+// The phase estimate of POCS: the symmetrically sampled centre of the measured
+// block, under a smooth window, zero-padded to the full grid and transformed,
+// so that every sample sits at its true k position.
+//
+// An echo away from the nominal centre (a shifted echo or motion puts a
+// linear phase ramp on the image) is followed: along each partial axis the
+// window is centred on the k-space peak, the largest |k| of the block, and
+// spans the symmetric part around it. The ramp then sits in the estimated
+// phase instead of being cut in half by a window around k = 0.
+
+#include <array>
+
+#include "recon/recon_options.hpp"
+#include "recon/sampled_box.hpp"
+#include "recon/volume_transform.hpp"
+
+// The k coordinate of the peak along each partial axis (0 on full axes): the
+// first largest |k|^2 in block order.
+std::array<Index, 3> echo_peak(const SampledBox& box, const Complex* box_samples);
+
+// Value of the window at t in (-1, 1), t = 0 at the centre.
+float window_value(CalibrationWindow window, double t);
+
+// Writes e^{i phi} of the windowed centre's image into `phase` (FFT order,
+// the image's size). Where that image is exactly 0 no phase exists; 1 (phase
+// 0) is taken there, so the constraint keeps the real part.
+void estimate_phase(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
+                    const std::array<Index, 3>& peak, CalibrationWindow window, Complex* phase);

@@ -1,0 +1,110 @@
+#include "recon/recon_options.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <thread>
+
+#include "recon/recon_error.hpp"
+
+namespace {
+
+[[noreturn]] void bad_option(const std::string& message) { throw ReconError("homodyne:badOption", message); }
+
+std::string lower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
+// Finds `text` among `names` (case-insensitive) and returns its position.
+template <std::size_t N>
+int choice_of(const std::string& option, const std::string& text, const char* const (&names)[N])
+{
+    for (std::size_t i = 0; i < N; ++i) {
+        if (lower(text) == names[i]) {
+            return static_cast<int>(i);
+        }
+    }
+    std::string list;
+    for (std::size_t i = 0; i < N; ++i) {
+        list += (i == 0 ? "'" : i + 1 == N ? " or '" : ", '") + std::string(names[i]) + "'";
+    }
+    bad_option("'" + option + "' must be " + list + ".");
+}
+
+const char* const method_names[] = {"homodyne", "pocs"};
+const char* const output_names[] = {"real", "magnitude", "complex"};
+const char* const constraint_names[] = {"auto", "real", "magnitude"};
+const char* const window_names[] = {"hann", "tukey", "box"};
+const char axis_names[] = "xyz";
+
+// The fraction of its symmetric extent around k = 0 that a range covers, as
+// the one-pass method's weights are defined for.
+float symmetric_fraction(const KRange& range)
+{
+    const Index reach = std::max(-range.first, range.last);
+    return static_cast<float>(range.last - range.first + 1) / static_cast<float>(2 * reach + 1);
+}
+
+void validate_range(int axis, const KRange& range, Index n, ReconMethod method)
+{
+    const Index lowest = -(n / 2), highest = (n + 1) / 2 - 1;
+    const std::string name = std::string("the ") + axis_names[axis] + " range [" + std::to_string(range.first) + " " +
+                             std::to_string(range.last) + "]";
+    if (range.first > range.last || range.first < lowest || range.last > highest) {
+        throw ReconError("homodyne:badRange", name + " must be ordered and lie within the axis, k = " +
+                                                  std::to_string(lowest) + " .. " + std::to_string(highest) + ".");
+    }
+    if (range.first > 0 || range.last < 0) {
+        throw ReconError("homodyne:sampling", name + " does not hold k = 0, so no phase can be estimated.");
+    }
+    if (method == ReconMethod::homodyne && std::abs(range.first + range.last) > 1 &&
+        symmetric_fraction(range) < 0.55f) {
+        throw ReconError("homodyne:sampling",
+                         name + " covers less than 55 % of its symmetric extent around k = 0, "
+                                "the least that one-pass homodyne reconstruction accepts.");
+    }
+}
+
+}  // namespace
+
+ReconMethod method_named(const std::string& text) { return ReconMethod(choice_of("Method", text, method_names)); }
+ReconOutput output_named(const std::string& text) { return ReconOutput(choice_of("Output", text, output_names)); }
+PhaseConstraint constraint_named(const std::string& text)
+{
+    return PhaseConstraint(choice_of("Constraint", text, constraint_names));
+}
+CalibrationWindow window_named(const std::string& text)
+{
+    return CalibrationWindow(choice_of("Window", text, window_names));
+}
+const char* name_of(PhaseConstraint constraint) { return constraint_names[static_cast<int>(constraint)]; }
+
+void validate_options(const ReconOptions& options, const ReconShape& shape)
+{
+    if (options.iterations < 1 || options.iterations > 10000) {
+        bad_option("'Iterations' must be a whole number from 1 to 10000.");
+    }
+    if (!std::isfinite(options.tolerance) || options.tolerance < 0 || options.tolerance >= 1) {
+        bad_option("'Tolerance' must be at least 0 and below 1.");
+    }
+    if (options.threads < 0 || options.threads > 1024) {
+        bad_option("'Threads' must be a whole number from 0 (one per core) to 1024.");
+    }
+    if (options.transition_band < 0 || options.transition_band > 64) {
+        bad_option("'TransitionBand' must be a whole number of samples from 0 to 64.");
+    }
+    for (int axis = 0; axis < 3; ++axis) {
+        if (options.ranges[axis]) {
+            validate_range(axis, *options.ranges[axis], shape.n[axis], options.method);
+        }
+    }
+}
+
+int thread_count(const ReconOptions& options, Index independent_volumes)
+{
+    const int cores = std::max(1u, std::thread::hardware_concurrency());
+    const int wanted = options.threads > 0 ? options.threads : cores;
+    return static_cast<int>(std::max<Index>(1, std::min<Index>(wanted, independent_volumes)));
+}

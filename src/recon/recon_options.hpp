@@ -1,0 +1,44 @@
+#pragma once
+// The options of one reconstruction call, shared by every front end, and the
+// one function that checks them against the data's shape.
+
+#include <string>
+
+#include "recon/recon_shape.hpp"
+
+enum class ReconMethod { homodyne, pocs };
+enum class ReconOutput { real, magnitude, complex };
+// POCS image constraint: the real part along the estimated phase, the
+// magnitude along it, or both tried and the one that fits the measured data
+// better kept.
+enum class PhaseConstraint { automatic, real_part, magnitude };
+// Window over the symmetric centre from which POCS estimates the phase.
+enum class CalibrationWindow { hann, tukey, box };
+
+struct ReconOptions {
+    ReconMethod method = ReconMethod::pocs;
+    ReconOutput output = ReconOutput::real;
+    int iterations = 20;       // POCS: at most this many
+    double tolerance = 2e-4;   // POCS: stop when the relative change falls below; 0 never stops early
+    int threads = 0;           // volumes reconstructed at once; 0 for one per core
+    PhaseConstraint constraint = PhaseConstraint::automatic;
+    CalibrationWindow window = CalibrationWindow::hann;
+    int transition_band = 0;   // POCS: measured samples blended with the estimate at the block's edge
+    SampledRanges ranges;      // nullopt: the axis is fully sampled
+};
+
+// Throws ReconError naming the option at fault: homodyne:badOption for values
+// out of their domain, homodyne:badRange for ranges that do not fit `shape`,
+// homodyne:sampling for too little of the symmetric centre.
+void validate_options(const ReconOptions& options, const ReconShape& shape);
+
+// Text values of the options as users spell them (case-insensitive); they
+// throw homodyne:badOption naming the option and its choices.
+ReconMethod method_named(const std::string& text);
+ReconOutput output_named(const std::string& text);
+PhaseConstraint constraint_named(const std::string& text);
+CalibrationWindow window_named(const std::string& text);
+const char* name_of(PhaseConstraint constraint);
+
+// The number of threads a call runs on: options.threads, or one per core.
+int thread_count(const ReconOptions& options, Index independent_volumes);

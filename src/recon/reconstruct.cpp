@@ -1,0 +1,81 @@
+#include "recon/reconstruct.hpp"
+
+#include <cfloat>
+#include <cmath>
+#include <exception>
+#include <memory>
+#include <thread>
+
+#include "recon/one_pass_homodyne.hpp"
+#include "recon/recon_error.hpp"
+
+void check_kspace_values(const ReconShape& shape, const Complex* kspace)
+{
+    float largest = 0.0f;
+    bool finite = true;
+    for (Index i = 0; i < shape.samples(); ++i) {
+        const float a = std::fabs(kspace[i].real()), b = std::fabs(kspace[i].imag());
+        finite = finite && a <= FLT_MAX && b <= FLT_MAX;
+        largest = std::max(largest, std::max(a, b));
+    }
+    if (!finite) {
+        throw ReconError("homodyne:badInput", "KSPACE holds NaN or Inf values.");
+    }
+    if (static_cast<double>(largest) * static_cast<double>(shape.voxels()) > 0.25 * FLT_MAX) {
+        throw ReconError("homodyne:scale", "KSPACE holds values so large that its transform overflows single "
+                                           "precision; scale it down.");
+    }
+}
+
+ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
+                         float* phase)
+{
+    validate_options(options, shape);
+    check_kspace_values(shape, kspace);
+
+    // Every plan is made here, before a thread starts.
+    const bool pocs = options.method == ReconMethod::pocs;
+    const HomodynePlan homodyne = pocs ? HomodynePlan{} : plan_homodyne(shape, options.ranges);
+    const std::unique_ptr<VolumeTransform> full(pocs ? nullptr : new VolumeTransform(shape.n));
+    const std::unique_ptr<VolumeTransform> block(pocs ? nullptr : new VolumeTransform(homodyne.block()));
+    const PocsPlan plan = pocs ? plan_pocs(shape, options) : PocsPlan{};
+    const std::unique_ptr<PocsTransforms> pocs_transforms(pocs ? new PocsTransforms(plan) : nullptr);
+
+    const Index images = shape.coils * shape.volumes;
+    const Index values = shape.voxels() * values_per_sample(options.output);
+    ReconReport report;
+    report.images.resize(static_cast<std::size_t>(images));
+    report.threads = thread_count(options, images);
+    const auto run = [&](int thread) {
+        for (Index j = thread; j < images; j += report.threads) {
+            const Complex* k = kspace + j * shape.voxels();
+            float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
+            report.images[j] = pocs ? pocs_volume(plan, *pocs_transforms, k, image + j * values, phase_of_image)
+                                    : homodyne_volume(homodyne, *full, *block, k, options.output, image + j * values,
+                                                      phase_of_image);
+        }
+    };
+
+    std::vector<std::exception_ptr> failures(static_cast<std::size_t>(report.threads));
+    std::vector<std::thread> workers;
+    const auto guarded = [&](int thread) {
+        try {
+            run(thread);
+        } catch (...) {
+            failures[thread] = std::current_exception();
+        }
+    };
+    for (int t = 1; t < report.threads; ++t) {
+        workers.emplace_back(guarded, t);
+    }
+    guarded(0);
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+    for (const std::exception_ptr& failure : failures) {
+        if (failure) {
+            std::rethrow_exception(failure);
+        }
+    }
+    return report;
+}

@@ -1,0 +1,66 @@
+// homodyne_recon_mex: the reconstruction core for Octave and MATLAB.
+//
+//   [IMAGE, INFO] = homodyne_recon_mex('reconstruct', KSPACE, OPTIONS)
+//
+// KSPACE: single, real or complex, centred, (x, y, z, coils, volumes); every
+// coil image is reconstructed on its own. OPTIONS: a scalar struct whose
+// fields (any case) are the options of ReconOptions. The result is new; the
+// inputs are never written. Every failure becomes a host error with a
+// homodyne:... identifier, raised only after the call's C++ objects are gone.
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "recon/recon_error.hpp"
+#include "recon_gateway/recon_arguments.hpp"
+#include "mex.h"
+
+namespace {
+
+void dispatch(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
+{
+    if (nrhs < 1 || !mxIsChar(prhs[0])) {
+        throw ReconError("homodyne:usage", "The first input must be the command 'reconstruct'.");
+    }
+    char command[32] = "";
+    if (mxGetString(prhs[0], command, sizeof command) != 0 || std::string(command) != "reconstruct") {
+        throw ReconError("homodyne:usage", "Unknown command; the only command is 'reconstruct'.");
+    }
+    reconstruct_command(nlhs, plhs, nrhs, prhs);
+}
+
+}  // namespace
+
+void mexFunction(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
+{
+    char id[64] = "";
+    char message[512] = "";
+    const auto fail = [&](const char* identifier, const char* text) {
+        std::snprintf(id, sizeof id, "%s", identifier);
+        std::snprintf(message, sizeof message, "%s", text);
+    };
+    try {
+        dispatch(nlhs, plhs, nrhs, prhs);
+    } catch (const ReconError& error) {
+        fail(error.id.c_str(), error.what());
+    } catch (const std::bad_alloc&) {
+        fail("homodyne:noMemory", "Out of memory: the reconstruction's buffers could not be allocated.");
+    } catch (const std::exception& error) {
+        fail("homodyne:internal", error.what());
+    } catch (...) {
+        fail("homodyne:internal", "Internal error: the reconstruction failed.");
+    }
+    if (id[0] != '\0') {
+        mexErrMsgIdAndTxt(id, "%s", message);
+    }
+}
+
+#if !defined(MATLAB_MEX_FILE)
+extern "C" void mexfilerequiredapiversion(unsigned int* built_by_rel, unsigned int* target_api_ver)
+{
+    *built_by_rel = 0x2017a;
+    *target_api_ver = 0;
+}
+#endif
