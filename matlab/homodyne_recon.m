@@ -144,7 +144,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
   try
     started = tic;
     require_module(wrapper);
-    kspace = checked_array(wrapper, 'KSPACE', kspace);
+    [kspace, scale] = checked_array(wrapper, 'KSPACE', kspace);
     % One row per option: name, default, validator, what a valid value is.
     % The core checks the domains of its numeric options itself.
     number = @(v) isnumeric(v) && isscalar(v) && isreal(v);
@@ -169,7 +169,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       labels = {'the detected x range', 'the detected y range', 'the detected z range'};
     end
     if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
-      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, ranges, labels, options, nargout);
+      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, scale, ranges, labels, options, nargout);
       return;
     end
     plan = plan_axes(wrapper, ranges, labels, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
@@ -179,7 +179,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     info.seconds.ranges = toc(started);
 
     step = tic;
-    [work, scale] = working_copy(kspace);
+    work = working_copy(kspace, scale);
     work = mirror_axes(work, find(plan.mirrored));
     [block, work] = weight_kspace(work, plan.mex_ranges);
     info.seconds.filter = toc(step);
