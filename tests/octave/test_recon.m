@@ -8,14 +8,6 @@ function cases = test_recon()
   };
 end
 
-function e = nrmse(estimate, reference)
-  e = norm(double(estimate(:)) - double(reference(:))) / norm(double(reference(:)));
-end
-
-function x = centred_idft(k)
-  x = fftshift(ifftn(ifftshift(k)));
-end
-
 % k = 0 at index floor(n/2)+1 holds the sum of the object.
 function phantom_kspace_is_its_centred_dft(~)
   for sizes = {[16 12 8], [15 11 7], [20 9]}
