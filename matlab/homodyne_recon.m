@@ -192,7 +192,10 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     step = tic;
     work = remove_phase(work, lowres);
     img = real(work);
-    img(isnan(img)) = 0;   % no phase, and no signal, where the low-resolution image vanishes
+    no_phase = isnan(img);   % where the low-resolution image vanishes: no phase, and no signal
+    if any(no_phase(:))
+      img(no_phase) = 0;
+    end
     img = restored(wrapper, 'IMG', mirror_axes(img, find(plan.mirrored)), scale, class(kspace), false);
     info.seconds.multiply = toc(step);
 
