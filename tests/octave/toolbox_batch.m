@@ -100,16 +100,15 @@ function [calls, outcome_of] = toolbox_batch()
   % (geometric mean) and the central block; a range missing its positive end
   % is the mirrored axis weighted (k -> -k: a flip and a shift by one on an
   % even axis); the phase of an image of the data's own size, bit for bit.
-  c3 = complex(single(randn(16, 12, 10)), single(randn(16, 12, 10)));
+  c3 = random_complex(16, 12, 10);
   [b3, w3] = filter_reference(c3, {[-4 7], [-3 5], []});
   calls = add(calls, 'homodyne_filter', {c3, [-4 7], [-3 5]}, 2, @(o) isequal(o{1}, b3) && isequal(o{2}, w3));
   c4 = complex(randn(12, 10, 8, 3), randn(12, 10, 8, 3));
   [b4, w4] = filter_reference(single(c4), {[-3 5], [], [-2 3]});
   calls = add(calls, 'homodyne_filter', {c4, [-3 5], [], [-2 3]}, 2, @(o) isequal(o{1}, double(b4)) && isequal(o{2}, double(w4)));
-  flipped = @(x) circshift(flip(x, 1), 1, 1);
-  [bm, wm] = filter_reference(flipped(single(k16)), {[-3 7], [], []});
-  calls = add(calls, 'homodyne_filter', {k16, [-8 3]}, 2, @(o) isequal(o{1}, double(flip(bm, 1))) && isequal(o{2}, double(flipped(wm))));
-  low = complex(single(randn(10, 8, 6)), single(randn(10, 8, 6)));
+  [bm, wm] = filter_reference(mirror_k(single(k16), 1), {[-3 7], [], []});
+  calls = add(calls, 'homodyne_filter', {k16, [-8 3]}, 2, @(o) isequal(o{1}, double(mirror_k(bm, 1))) && isequal(o{2}, double(mirror_k(wm, 1))));
+  low = random_complex(10, 8, 6);
   for image = {c3(1:10, 1:8, 1:6), real(c3(1:10, 1:8, 1:6)), double(c3(1:10, 1:8, 1:6))}
     calls = add(calls, 'homodyne_phase', {image{1}, low}, 1, @(o) isequal(o{1}, phase_reference(single(image{1}), low)));
   end
