@@ -9,7 +9,8 @@ function layout = mex_layout()
 %   module rebuilt for the other layout in the same session, or another one
 %   put first on the path, is probed afresh.
   persistent known_module known_time known_layout
-  module = functions(@homodyne_mex).file;
+  handle = functions(@homodyne_mex);
+  module = handle.file;
   time = modification_time(module);
   if ~(strcmp(module, known_module) && time == known_time)
     probe = complex(ones(8, 1, 'single'), ones(8, 1, 'single'));
@@ -26,8 +27,10 @@ end
 % Octave's stat takes microseconds where dir takes a millisecond; MATLAB has dir only.
 function t = modification_time(file)
   if exist('stat', 'builtin')
-    t = stat(file).mtime;
+    listing = stat(file);
+    t = listing.mtime;
   else
-    t = dir(file).datenum;
+    listing = dir(file);
+    t = listing.datenum;
   end
 end
