@@ -144,7 +144,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
   try
     started = tic;
     require_module(wrapper);
-    kspace = checked_array(wrapper, 'KSPACE', kspace);
+    [kspace, scale] = checked_array(wrapper, 'KSPACE', kspace);
     % One row per option: name, default, validator, what a valid value is.
     % The core checks the domains of its numeric options itself.
     number = @(v) isnumeric(v) && isscalar(v) && isreal(v);
@@ -169,7 +169,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       labels = {'the detected x range', 'the detected y range', 'the detected z range'};
     end
     if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
-      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, ranges, labels, options, nargout);
+      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, scale, ranges, labels, options, nargout);
       return;
     end
     plan = plan_axes(wrapper, ranges, labels, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
@@ -179,7 +179,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     info.seconds.ranges = toc(started);
 
     step = tic;
-    [work, scale] = working_copy(kspace);
+    work = working_copy(kspace, scale);
     work = mirror_axes(work, find(plan.mirrored));
     [block, work] = weight_kspace(work, plan.mex_ranges);
     info.seconds.filter = toc(step);
@@ -192,7 +192,10 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     step = tic;
     work = remove_phase(work, lowres);
     img = real(work);
-    img(isnan(img)) = 0;   % no phase, and no signal, where the low-resolution image vanishes
+    no_phase = isnan(img);   % where the low-resolution image vanishes: no phase, and no signal
+    if any(no_phase(:))
+      img(no_phase) = 0;
+    end
     img = restored(wrapper, 'IMG', mirror_axes(img, find(plan.mirrored)), scale, class(kspace), false);
     info.seconds.multiply = toc(step);
 

@@ -1,31 +1,169 @@
-function count = toolbox_batch(kind, seed, first, last, log_file)
-%TOOLBOX_BATCH  Hostile and unusual calls of the toolbox's wrappers FIRST to LAST, in a
-%   child octave-cli of SWEEP_IN_CHILDREN: of the 'named' list (COUNT =
-%   TOOLBOX_BATCH('named', SEED) its length) or 'random', seeded with SEED and K.
-%   LOG_CALLS logs 'S' for a success with finite outputs of the input's class and,
-%   where a row knows it, the right result; 'E' for an error with a homodyne:*
-%   identifier (the row's, if it names one) whose message starts with the wrapper's
-%   name and names an argument; 'F reason' otherwise, or when an input changed.
-  persistent list list_seed
-  if strcmp(kind, 'named') && ~isequal(list_seed, seed)
-    rng(seed, 'twister');
-    list = named_calls();
-    list_seed = seed;
+function [calls, outcome_of] = toolbox_batch()
+%TOOLBOX_BATCH  Hostile and unusual calls of homodyne_recon, homodyne_filter,
+%   homodyne_phase and homodyne_phantom for SWEEP_IN_CHILDREN. OUTCOME_OF logs 'S' for
+%   a success with finite outputs of the input's class and, where a row knows it, the
+%   right result; 'E' for an error with a homodyne:* identifier (the row's, if it names
+%   one) whose message starts with the wrapper's name and names an argument; 'F reason'
+%   otherwise, or when an input changed.
+  rng(1, 'twister');
+  outcome_of = @outcome_of;
+  calls = cell(0, 5);
+  % An object of magnitude m and phase 0.9 on 8 samples: acquired from k = 0
+  % up, down to k = 0, and without only the top plane of the even axis (at
+  % most one unpaired plane: left whole, not weighted, the plain inverse DFT).
+  x = ((0:7)' - 4);
+  m = 2 + 0.6 * cos(2 * pi * x / 8);
+  K = fftshift(fft(ifftshift(m * exp(0.9i))));
+  [up, down, top] = deal(K, K, K);
+  up(1:4) = 0;
+  down(6:8) = 0;
+  top(8) = 0;
+  near_m = @(img) max(abs(img(:) - m)) < 1e-5;
+  calls = add(calls, 'homodyne_recon', {up}, 1, @(o) max(abs(o{1} - m)) < 1e-3);   % POCS
+  calls = add(calls, 'homodyne_recon', {up, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.weighted, [true false false]));
+  calls = add(calls, 'homodyne_recon', {down, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.ranges{1}, [-4 0]));
+  calls = add(calls, 'homodyne_recon', {reshape(up, 1, 1, 8), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
+  calls = add(calls, 'homodyne_recon', {single(reshape(down, 1, 1, 8)), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
+  calls = add(calls, 'homodyne_recon', {top, 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]) ...
+              && max(abs(o{1} - abs(centred_idft(top)))) < 1e-6);
+  calls = add(calls, 'homodyne_recon', {top.', 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]));
+
+  % Partial-Fourier phantom, unit scale; the same data at any scale and in any
+  % storage give the same image (to single rounding).
+  [~, P] = homodyne_phantom([16 12 4]);
+  P = P / max(abs(P(:)));
+  P(:, 1:3, :) = 0;
+  unit = homodyne_recon(P);
+  for scale = {1e300, 1e-300, 1e-22, 1e37}
+    data = double(P) * scale{1};
+    if abs(log10(scale{1})) < 38
+      data = P * scale{1};
+    end
+    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1} / scale{1}, unit, 1e-4));
   end
-  count = size(list, 1);
-  if nargin < 3
-    return;
+  calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, unit * 2^-100));   % bit for bit
+  for data = {P, double(P), real(P)}   % ZERO_FILLED is abs of the inverse DFT as it is
+    calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, abs(centred_idft(data{1})), 1e-6));
   end
-  log_calls(log_file, first:last, @(k) outcome_of(kind, seed, list, k));
+  % Images below the normal range of their class would have lost their digits.
+  calls = add(calls, 'homodyne_recon', {double(P) * 2^-1070}, 1, {'homodyne:scale', 'scale the data'});
+  calls = add(calls, 'homodyne_recon', {P * 1e-40}, 1, {'homodyne:scale', 'pass the data as double'});
+  calls = add(calls, 'homodyne_filter', {double(P) * 1e300, [], [-3 5]}, 2, @(o) close_to(o{2} / 1e300, weights_of(P, {[], [-3 5], []}), 1e-6));
+  calls = add(calls, 'homodyne_phase', {double(P(:, :, 1)) * 1e-300, double(P(:, :, 1)) * 1e-300}, 1, ...
+              @(o) close_to(o{1} * 1e300, abs(double(P(:, :, 1))), 1e-6));
+  calls = add(calls, 'homodyne_phase', {P(:, :, 1), P(:, :, 1) * 1e-30}, 1, @(o) close_to(o{1}, abs(P(:, :, 1)), 1e-6));
+
+  % Diagonal, sparse, range and zero-imaginary arrays are read as full arrays.
+  D = eye(16) * (1 + 2i);
+  full_D = complex(full(real(D)), full(imag(D)));
+  calls = add(calls, 'homodyne_filter', {D, [-4 7]}, 2, @(o) isequal(o{2}, double(weights_of(full_D, {[-4 7], [], []}))));
+  calls = add(calls, 'homodyne_filter', {eye(16), [-4 7]}, 2, @(o) isequal(o{2}, double(weights_of(full(eye(16)), {[-4 7], [], []}))));
+  calls = add(calls, 'homodyne_filter', {complex(ones(16, 12), 0), [-4 7]}, 2, ...
+              @(o) iscomplex(o{2}) && isequal(real(o{2}), double(weights_of(ones(16, 12), {[-4 7], [], []}))));
+  calls = add(calls, 'homodyne_phase', {eye(8) * (1 + 2i), ones(4) * (1 + 2i)}, 1, ...
+              @(o) close_to(o{1}, eye(8) * abs(1 + 2i), 1e-6) && iscomplex(o{1}));
+  calls = add(calls, 'homodyne_recon', {D}, 1, @(o) close_to(o{1}, homodyne_recon(full_D), 0));
+  S = real(double(P(:, :, 2)));
+  calls = add(calls, 'homodyne_recon', {sparse(S)}, 1, @(o) close_to(o{1}, homodyne_recon(S), 0));
+  calls = add(calls, 'homodyne_filter', {sparse(S), [], [-3 5]}, 2, @(o) close_to(o{2}, double(weights_of(S, {[], [-3 5], []})), 0));
+  calls = add(calls, 'homodyne_phase', {(1:8)', single(-(1:4)')}, 1, @(o) isequal(o{1}, -(1:8)'));
+
+  % Fully sampled data of any shape: the magnitude of the plain inverse DFT.
+  for sizes = {[7 5 3], [8 6 4 2], [1 9], [5 1 4], [4 4 1 1 2], [3 3 3 2 2]}
+    data = complex(randn(sizes{1}), randn(sizes{1}));
+    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1}, abs(centred_idft(data)), 1e-5));
+  end
+
+  % One rule for the ranges of homodyne_filter and one-pass homodyne_recon.
+  k16 = complex(randn(16, 12), 1);
+  ranges = {'homodyne:badRange', '[7 -4]', [7 -4]; 'homodyne:badRange', '[-4.5 7]', [-4.5 7]
+            'homodyne:badRange', 'outside the axis', [-9 7]; 'homodyne:badRange', '[NaN 7]', [NaN 7]
+            'homodyne:badRange', '[-Inf 7]', [-Inf 7]; 'homodyne:badRange', '[-4 Inf]', [-4 Inf]
+            'homodyne:badRange', 'not a double 1x1', -4; 'homodyne:badRange', '[-1e+300 3]', [-1e300 3]
+            'homodyne:badRange', 'not a complex double', [-4 7] + 1i; 'homodyne:badRange', 'not a char', 'ab'
+            'homodyne:badRange', 'not a cell', {1}; 'homodyne:badRange', 'not a double 1x3', [-4 7 8]
+            'homodyne:badRange', 'not a double 2x2', ones(2); 'homodyne:sampling', 'does not contain k = 0', [1 5]
+            'homodyne:sampling', 'covers 53 %', [0 7]; '', '', int16([-4 7]); '', '', sparse([-4 7])};
+  for r = 1:size(ranges, 1)
+    expect = ranges(r, 1:2);
+    if isempty(expect{1})
+      expect = @(o) close_to(o{1}, homodyne_recon(k16, 'Ranges', {[-4 7]}, 'Method', 'homodyne'), 0);
+    end
+    calls = add(calls, 'homodyne_recon', {k16, 'Ranges', ranges(r, 3), 'Method', 'homodyne'}, 1, expect);
+    if isempty(ranges{r, 1})
+      expect = @(o) isequal(o{2}, weights_of(k16, {[-4 7], [], []}));
+    end
+    calls = add(calls, 'homodyne_filter', {k16, ranges{r, 3}}, 2, expect);
+  end
+
+  % The wrappers give the module's results: the weights of two and three axes
+  % (geometric mean) and the central block; a range missing its positive end
+  % is the mirrored axis weighted (k -> -k: a flip and a shift by one on an
+  % even axis); the phase of an image of the data's own size, bit for bit.
+  c3 = random_complex(16, 12, 10);
+  [b3, w3] = filter_reference(c3, {[-4 7], [-3 5], []});
+  calls = add(calls, 'homodyne_filter', {c3, [-4 7], [-3 5]}, 2, @(o) isequal(o{1}, b3) && isequal(o{2}, w3));
+  c4 = complex(randn(12, 10, 8, 3), randn(12, 10, 8, 3));
+  [b4, w4] = filter_reference(single(c4), {[-3 5], [], [-2 3]});
+  calls = add(calls, 'homodyne_filter', {c4, [-3 5], [], [-2 3]}, 2, @(o) isequal(o{1}, double(b4)) && isequal(o{2}, double(w4)));
+  [bm, wm] = filter_reference(mirror_k(single(k16), 1), {[-3 7], [], []});
+  calls = add(calls, 'homodyne_filter', {k16, [-8 3]}, 2, @(o) isequal(o{1}, double(mirror_k(bm, 1))) && isequal(o{2}, double(mirror_k(wm, 1))));
+  low = random_complex(10, 8, 6);
+  for image = {c3(1:10, 1:8, 1:6), real(c3(1:10, 1:8, 1:6)), double(c3(1:10, 1:8, 1:6))}
+    calls = add(calls, 'homodyne_phase', {image{1}, low}, 1, @(o) isequal(o{1}, phase_reference(single(image{1}), low)));
+  end
+  gaps = k16;
+  gaps(:, 3:4) = 0;
+  calls = add(calls, 'homodyne_recon', {gaps}, 1, {'homodyne:sampling', 'along y are not contiguous (k = -6 .. 5, but nothing from -4 to -3)'});
+  calls = add(calls, 'homodyne_recon', {single(k16)}, 1, @(o) close_to(o{1}, abs(centred_idft(k16)), 1e-5));
+
+  % Messages: usage, classes, values, options, sampling, a missing module.
+  gap = k16;
+  gap(9, :) = 0;
+  rows = {
+    'homodyne_recon', {}, 'homodyne:usage', 'usage: IMG = homodyne_recon(KSPACE)'
+    'homodyne_filter', {k16}, 'homodyne:usage', 'usage'
+    'homodyne_filter', {k16, [], [], [], []}, 'homodyne:usage', 'usage'
+    'homodyne_phase', {k16}, 'homodyne:usage', 'usage'
+    'homodyne_phantom', {}, 'homodyne:usage', 'usage'
+    'homodyne_phantom', {[8 8], 1}, 'homodyne:usage', 'usage'
+    'homodyne_recon', {gap}, 'homodyne:sampling', 'nothing at k = 0'
+    'homodyne_recon', {sparse(8, 8)}, 'homodyne:sampling', 'KSPACE holds no non-zero sample'
+    'homodyne_recon', {int16(real(k16))}, 'homodyne:badInput', 'KSPACE must be a single or double array, not int16'
+    'homodyne_recon', {true(4)}, 'homodyne:badInput', 'not logical'
+    'homodyne_filter', {{1}, []}, 'homodyne:badInput', 'KSPACE must be a single or double array, not cell'
+    'homodyne_recon', {zeros(0, 4)}, 'homodyne:badInput', 'KSPACE must not be empty (its size is 0x4)'
+    'homodyne_recon', {[1 NaN]}, 'homodyne:badInput', 'KSPACE holds NaN or Inf values'
+    'homodyne_filter', {[1 Inf], []}, 'homodyne:badInput', 'KSPACE holds NaN or Inf values'
+    'homodyne_phase', {k16, [1 NaN]}, 'homodyne:badInput', 'LOWRES holds NaN or Inf values'
+    'homodyne_phase', {k16, zeros(2, 0)}, 'homodyne:badInput', 'LOWRES must not be empty'
+    'homodyne_phase', {k16, ones(2, 2, 2, 3)}, 'homodyne:badInput', 'LOWRES (size 2x2x2x3) must have the sizes of IMAGE'
+    'homodyne_recon', {k16, 'Ranges'}, 'homodyne:usage', 'name/value pairs'
+    'homodyne_recon', {k16, 5, 1}, 'homodyne:usage', 'argument 2 must be an option name'
+    'homodyne_recon', {k16, 'Bogus', 1}, 'homodyne:badOption', 'unknown option ''Bogus''; the options are Ranges'
+    'homodyne_recon', {k16, 'Ranges', [1 2]}, 'homodyne:badOption', '''Ranges'' must be a cell'
+    'homodyne_recon', {k16, 'Ranges', {[], [], [], []}}, 'homodyne:badOption', '''Ranges'' must be a cell'
+    'homodyne_phantom', {[8 + 1i, 8 + 1i]}, 'homodyne:badInput', 'SIZES must be'
+    'homodyne_phantom', {[8 NaN]}, 'homodyne:badInput', 'SIZES must be'
+    'homodyne_phantom', {[0 8]}, 'homodyne:badInput', 'SIZES must be'
+    'homodyne_phantom', {[8 8 8 8]}, 'homodyne:badInput', 'SIZES must be'
+    'homodyne_phantom', {'ab'}, 'homodyne:badInput', 'SIZES must be'
+    'homodyne_phantom', {[2^16 2^16]}, 'homodyne:badInput', 'give 2^31 or more samples'
+  };
+  for r = 1:size(rows, 1)
+    calls = add(calls, rows{r, 1:2}, 1, rows(r, 3:4));
+  end
+  calls(end + 1, :) = {'homodyne_recon', {k16}, 1, {'homodyne:noModule', 'make mex'}, @without_module};
+  calls = add(calls, 'homodyne_phase', {k16, double(k16(1:2:end, :))}, 1, @(o) isa(o{1}, 'double'));
+  calls = add(calls, 'homodyne_phase', {randn(6, 5, 4), randn(3, 3)}, 1, []);
+  calls = add(calls, 'homodyne_phase', {randn(6, 5), randn(3, 3, 2)}, 1, []);
+  calls = add(calls, 'homodyne_recon', {k16, 'ranges', {}}, 1, @(o) close_to(o{1}, abs(centred_idft(k16)), 1e-5));
 end
 
-function outcome = outcome_of(kind, seed, list, k)
-  if strcmp(kind, 'random')
-    rng(seed * 100003 + k, 'twister');
-    row = random_call();
-  else
-    row = list(k, :);
-  end
+% Rows: wrapper, arguments, outputs, expectation (a check of the outputs, {id,
+% message part}, or [] for any clean outcome), and the function to call if not
+% the wrapper itself.
+function outcome = outcome_of(row)
   [name, args, nout, expect, fn] = row{:};
   if isempty(fn)
     fn = str2func(name);
@@ -82,164 +220,6 @@ function outcome = judge_success(name, args, out, expect)
   end
 end
 
-% Rows: wrapper, arguments, outputs, expectation (a check of the outputs, {id,
-% message part}, or [] for any clean outcome), and the function to call if not
-% the wrapper itself.
-function calls = named_calls()
-  calls = cell(0, 5);
-  % An object of magnitude m and phase 0.9 on 8 samples: acquired from k = 0
-  % up, down to k = 0, and without only the top plane of the even axis (at
-  % most one unpaired plane: left whole, not weighted, the plain inverse DFT).
-  x = ((0:7)' - 4);
-  m = 2 + 0.6 * cos(2 * pi * x / 8);
-  K = fftshift(fft(ifftshift(m * exp(0.9i))));
-  [up, down, top] = deal(K, K, K);
-  up(1:4) = 0;
-  down(6:8) = 0;
-  top(8) = 0;
-  near_m = @(img) max(abs(img(:) - m)) < 1e-5;
-  calls = add(calls, 'homodyne_recon', {up}, 1, @(o) max(abs(o{1} - m)) < 1e-3);   % POCS
-  calls = add(calls, 'homodyne_recon', {up, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.weighted, [true false false]));
-  calls = add(calls, 'homodyne_recon', {down, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.ranges{1}, [-4 0]));
-  calls = add(calls, 'homodyne_recon', {reshape(up, 1, 1, 8), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
-  calls = add(calls, 'homodyne_recon', {single(reshape(down, 1, 1, 8)), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
-  calls = add(calls, 'homodyne_recon', {top, 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]) ...
-              && max(abs(o{1} - abs(fftshift(ifft(ifftshift(top)))))) < 1e-6);
-  calls = add(calls, 'homodyne_recon', {top.', 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]));
-
-  % Partial-Fourier phantom, unit scale; the same data at any scale and in any
-  % storage give the same image (to single rounding).
-  [~, P] = homodyne_phantom([16 12 4]);
-  P = P / max(abs(P(:)));
-  P(:, 1:3, :) = 0;
-  unit = homodyne_recon(P);
-  for scale = {1e300, 1e-300, 1e-22, 1e37}
-    data = double(P) * scale{1};
-    if abs(log10(scale{1})) < 38
-      data = P * scale{1};
-    end
-    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1} / scale{1}, unit, 1e-4));
-  end
-  calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, unit * 2^-100));   % bit for bit
-  for data = {P, double(P), real(P)}   % ZERO_FILLED is abs of the inverse DFT as it is
-    calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, inverse_dft_magnitude(data{1}), 1e-6));
-  end
-  % Images below the normal range of their class would have lost their digits.
-  calls = add(calls, 'homodyne_recon', {double(P) * 2^-1070}, 1, {'homodyne:scale', 'scale the data'});
-  calls = add(calls, 'homodyne_recon', {P * 1e-40}, 1, {'homodyne:scale', 'pass the data as double'});
-  calls = add(calls, 'homodyne_filter', {double(P) * 1e300, [], [-3 5]}, 2, @(o) close_to(o{2} / 1e300, weights_of(P, {[], [-3 5], []}), 1e-6));
-  calls = add(calls, 'homodyne_phase', {double(P(:, :, 1)) * 1e-300, double(P(:, :, 1)) * 1e-300}, 1, ...
-              @(o) close_to(o{1} * 1e300, abs(double(P(:, :, 1))), 1e-6));
-  calls = add(calls, 'homodyne_phase', {P(:, :, 1), P(:, :, 1) * 1e-30}, 1, @(o) close_to(o{1}, abs(P(:, :, 1)), 1e-6));
-
-  % Diagonal, sparse, range and zero-imaginary arrays are read as full arrays.
-  D = eye(16) * (1 + 2i);
-  full_D = complex(full(real(D)), full(imag(D)));
-  calls = add(calls, 'homodyne_filter', {D, [-4 7]}, 2, @(o) isequal(o{2}, double(weights_of(full_D, {[-4 7], [], []}))));
-  calls = add(calls, 'homodyne_filter', {eye(16), [-4 7]}, 2, @(o) isequal(o{2}, double(weights_of(full(eye(16)), {[-4 7], [], []}))));
-  calls = add(calls, 'homodyne_filter', {complex(ones(16, 12), 0), [-4 7]}, 2, ...
-              @(o) iscomplex(o{2}) && isequal(real(o{2}), double(weights_of(ones(16, 12), {[-4 7], [], []}))));
-  calls = add(calls, 'homodyne_phase', {eye(8) * (1 + 2i), ones(4) * (1 + 2i)}, 1, ...
-              @(o) close_to(o{1}, eye(8) * abs(1 + 2i), 1e-6) && iscomplex(o{1}));
-  calls = add(calls, 'homodyne_recon', {D}, 1, @(o) close_to(o{1}, homodyne_recon(full_D), 0));
-  S = real(double(P(:, :, 2)));
-  calls = add(calls, 'homodyne_recon', {sparse(S)}, 1, @(o) close_to(o{1}, homodyne_recon(S), 0));
-  calls = add(calls, 'homodyne_filter', {sparse(S), [], [-3 5]}, 2, @(o) close_to(o{2}, double(weights_of(S, {[], [-3 5], []})), 0));
-  calls = add(calls, 'homodyne_phase', {(1:8)', single(-(1:4)')}, 1, @(o) isequal(o{1}, -(1:8)'));
-
-  % Fully sampled data of any shape: the magnitude of the plain inverse DFT.
-  for sizes = {[7 5 3], [8 6 4 2], [1 9], [5 1 4], [4 4 1 1 2], [3 3 3 2 2]}
-    data = complex(randn(sizes{1}), randn(sizes{1}));
-    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(data), 1e-5));
-  end
-
-  % One rule for the ranges of homodyne_filter and one-pass homodyne_recon.
-  k16 = complex(randn(16, 12), 1);
-  ranges = {'homodyne:badRange', '[7 -4]', [7 -4]; 'homodyne:badRange', '[-4.5 7]', [-4.5 7]
-            'homodyne:badRange', 'outside the axis', [-9 7]; 'homodyne:badRange', '[NaN 7]', [NaN 7]
-            'homodyne:badRange', '[-Inf 7]', [-Inf 7]; 'homodyne:badRange', '[-4 Inf]', [-4 Inf]
-            'homodyne:badRange', 'not a double 1x1', -4; 'homodyne:badRange', '[-1e+300 3]', [-1e300 3]
-            'homodyne:badRange', 'not a complex double', [-4 7] + 1i; 'homodyne:badRange', 'not a char', 'ab'
-            'homodyne:badRange', 'not a cell', {1}; 'homodyne:badRange', 'not a double 1x3', [-4 7 8]
-            'homodyne:badRange', 'not a double 2x2', ones(2); 'homodyne:sampling', 'does not contain k = 0', [1 5]
-            'homodyne:sampling', 'covers 53 %', [0 7]; '', '', int16([-4 7]); '', '', sparse([-4 7])};
-  for r = 1:size(ranges, 1)
-    expect = ranges(r, 1:2);
-    if isempty(expect{1})
-      expect = @(o) close_to(o{1}, homodyne_recon(k16, 'Ranges', {[-4 7]}, 'Method', 'homodyne'), 0);
-    end
-    calls = add(calls, 'homodyne_recon', {k16, 'Ranges', ranges(r, 3), 'Method', 'homodyne'}, 1, expect);
-    if isempty(ranges{r, 1})
-      expect = @(o) isequal(o{2}, weights_of(k16, {[-4 7], [], []}));
-    end
-    calls = add(calls, 'homodyne_filter', {k16, ranges{r, 3}}, 2, expect);
-  end
-
-  % The wrappers give the module's results: the weights of two and three axes
-  % (geometric mean) and the central block; a range missing its positive end
-  % is the mirrored axis weighted (k -> -k: a flip and a shift by one on an
-  % even axis); the phase of an image of the data's own size, bit for bit.
-  c3 = complex(single(randn(16, 12, 10)), single(randn(16, 12, 10)));
-  [b3, w3] = filter_reference(c3, {[-4 7], [-3 5], []});
-  calls = add(calls, 'homodyne_filter', {c3, [-4 7], [-3 5]}, 2, @(o) isequal(o{1}, b3) && isequal(o{2}, w3));
-  c4 = complex(randn(12, 10, 8, 3), randn(12, 10, 8, 3));
-  [b4, w4] = filter_reference(single(c4), {[-3 5], [], [-2 3]});
-  calls = add(calls, 'homodyne_filter', {c4, [-3 5], [], [-2 3]}, 2, @(o) isequal(o{1}, double(b4)) && isequal(o{2}, double(w4)));
-  flipped = @(x) circshift(flip(x, 1), 1, 1);
-  [bm, wm] = filter_reference(flipped(single(k16)), {[-3 7], [], []});
-  calls = add(calls, 'homodyne_filter', {k16, [-8 3]}, 2, @(o) isequal(o{1}, double(flip(bm, 1))) && isequal(o{2}, double(flipped(wm))));
-  low = complex(single(randn(10, 8, 6)), single(randn(10, 8, 6)));
-  for image = {c3(1:10, 1:8, 1:6), real(c3(1:10, 1:8, 1:6)), double(c3(1:10, 1:8, 1:6))}
-    calls = add(calls, 'homodyne_phase', {image{1}, low}, 1, @(o) isequal(o{1}, phase_reference(single(image{1}), low)));
-  end
-  gaps = k16;
-  gaps(:, 3:4) = 0;
-  calls = add(calls, 'homodyne_recon', {gaps}, 1, {'homodyne:sampling', 'along y are not contiguous (k = -6 .. 5, but nothing from -4 to -3)'});
-  calls = add(calls, 'homodyne_recon', {single(k16)}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(k16), 1e-5));
-
-  % Messages: usage, classes, values, options, sampling, a missing module.
-  gap = k16;
-  gap(9, :) = 0;
-  rows = {
-    'homodyne_recon', {}, 'homodyne:usage', 'usage: IMG = homodyne_recon(KSPACE)'
-    'homodyne_filter', {k16}, 'homodyne:usage', 'usage'
-    'homodyne_filter', {k16, [], [], [], []}, 'homodyne:usage', 'usage'
-    'homodyne_phase', {k16}, 'homodyne:usage', 'usage'
-    'homodyne_phantom', {}, 'homodyne:usage', 'usage'
-    'homodyne_phantom', {[8 8], 1}, 'homodyne:usage', 'usage'
-    'homodyne_recon', {gap}, 'homodyne:sampling', 'nothing at k = 0'
-    'homodyne_recon', {sparse(8, 8)}, 'homodyne:sampling', 'KSPACE holds no non-zero sample'
-    'homodyne_recon', {int16(real(k16))}, 'homodyne:badInput', 'KSPACE must be a single or double array, not int16'
-    'homodyne_recon', {true(4)}, 'homodyne:badInput', 'not logical'
-    'homodyne_filter', {{1}, []}, 'homodyne:badInput', 'KSPACE must be a single or double array, not cell'
-    'homodyne_recon', {zeros(0, 4)}, 'homodyne:badInput', 'KSPACE must not be empty (its size is 0x4)'
-    'homodyne_recon', {[1 NaN]}, 'homodyne:badInput', 'KSPACE holds NaN or Inf values'
-    'homodyne_filter', {[1 Inf], []}, 'homodyne:badInput', 'KSPACE holds NaN or Inf values'
-    'homodyne_phase', {k16, [1 NaN]}, 'homodyne:badInput', 'LOWRES holds NaN or Inf values'
-    'homodyne_phase', {k16, zeros(2, 0)}, 'homodyne:badInput', 'LOWRES must not be empty'
-    'homodyne_phase', {k16, ones(2, 2, 2, 3)}, 'homodyne:badInput', 'LOWRES (size 2x2x2x3) must have the sizes of IMAGE'
-    'homodyne_recon', {k16, 'Ranges'}, 'homodyne:usage', 'name/value pairs'
-    'homodyne_recon', {k16, 5, 1}, 'homodyne:usage', 'argument 2 must be an option name'
-    'homodyne_recon', {k16, 'Bogus', 1}, 'homodyne:badOption', 'unknown option ''Bogus''; the options are Ranges'
-    'homodyne_recon', {k16, 'Ranges', [1 2]}, 'homodyne:badOption', '''Ranges'' must be a cell'
-    'homodyne_recon', {k16, 'Ranges', {[], [], [], []}}, 'homodyne:badOption', '''Ranges'' must be a cell'
-    'homodyne_phantom', {[8 + 1i, 8 + 1i]}, 'homodyne:badInput', 'SIZES must be'
-    'homodyne_phantom', {[8 NaN]}, 'homodyne:badInput', 'SIZES must be'
-    'homodyne_phantom', {[0 8]}, 'homodyne:badInput', 'SIZES must be'
-    'homodyne_phantom', {[8 8 8 8]}, 'homodyne:badInput', 'SIZES must be'
-    'homodyne_phantom', {'ab'}, 'homodyne:badInput', 'SIZES must be'
-    'homodyne_phantom', {[2^16 2^16]}, 'homodyne:badInput', 'give 2^31 or more samples'
-  };
-  for r = 1:size(rows, 1)
-    calls = add(calls, rows{r, 1:2}, 1, rows(r, 3:4));
-  end
-  calls(end + 1, :) = {'homodyne_recon', {k16}, 1, {'homodyne:noModule', 'make mex'}, @without_module};
-  calls = add(calls, 'homodyne_phase', {k16, double(k16(1:2:end, :))}, 1, @(o) isa(o{1}, 'double'));
-  calls = add(calls, 'homodyne_phase', {randn(6, 5, 4), randn(3, 3)}, 1, []);
-  calls = add(calls, 'homodyne_phase', {randn(6, 5), randn(3, 3, 2)}, 1, []);
-  calls = add(calls, 'homodyne_recon', {k16, 'ranges', {}}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(k16), 1e-5));
-end
-
 function calls = add(calls, name, args, nout, expect)
   calls(end + 1, :) = {name, args, nout, expect, []};
 end
@@ -278,92 +258,4 @@ end
 % The homodyne weighting of the data, computed independently in single.
 function weighted = weights_of(data, ranges)
   [~, weighted] = filter_reference(single(data), ranges);
-end
-
-% abs of the centred inverse DFT of every volume, with plain 1-D transforms.
-function out = inverse_dft_magnitude(k)
-  out = k;
-  for d = 1:min(3, ndims(k))
-    out = fftshift(ifft(ifftshift(out, d), [], d), d);
-  end
-  out = abs(out);
-end
-
-% A wrapper on random data, stored, typed and scaled at random, with ranges
-% from valid to hostile. Where the data are a re-stored or scaled copy of
-% plain single data, the call must give what the plain data give, scaled
-% back, or the same refusal.
-function row = random_call()
-  sizes = [randi([1 9], 1, randi([2 3])), randi([1 2], 1, randi([0 2]))];
-  base = single(randn(sizes));
-  if rand() < 0.6
-    base = complex(base, single(randn(sizes)));
-  end
-  base(:, 1:randi([0 floor(sizes(2) / 2)]), :) = 0;
-  [data, scale] = deal(base, 1);
-  switch randi(7)
-    case 1
-      scale = pick({1, 1e300, 1e-300, 2^-1000, 1e200});
-      data = double(base) * scale;
-    case 2
-      scale = pick({1e-22, 1e37, 1e-30, 2^100});
-      data = base * scale;
-    case 3
-      if ismatrix(base) && isreal(base)
-        data = sparse(double(base));
-      end
-    case 4
-      if ismatrix(base) && sizes(1) == sizes(2)
-        data = diag(diag(base)) * (1 + 2i);
-        base = complex(full(real(data)), full(imag(data)));
-      end
-    case 5
-      if isreal(base)
-        data = complex(base);   % an imaginary part of zeros
-      end
-    case 6
-      data(max(1, end - 1)) = pick({NaN, Inf, -Inf});
-      scale = NaN;   % no plain counterpart
-  end
-  name = pick({'homodyne_recon', 'homodyne_recon', 'homodyne_filter', 'homodyne_phase'});
-  ranges = {random_range(), random_range(), random_range()};
-  switch name
-    case 'homodyne_recon'
-      args = {data, 'Ranges', ranges};
-      args = args(1:1 + 2 * (rand() < 0.4));
-    case 'homodyne_filter'
-      args = [{data}, ranges(1:randi(3))];
-    otherwise
-      low_sizes = [max(1, ceil(sizes(1:min(3, end)) / 2)), sizes(4:end)];
-      args = {data, complex(randn(low_sizes), randn(low_sizes))};
-  end
-  args = args(1:end - (rand() < 0.1));
-  expect = [];
-  if ~isempty(args) && ~isnan(scale)
-    expect = plain_outcome(name, args, base, scale);
-  end
-  row = {name, args, randi(2 + 2 * strcmp(name, 'homodyne_recon') - strcmp(name, 'homodyne_phase')), expect, []};
-end
-
-function expect = plain_outcome(name, args, base, scale)
-  args{1} = base;
-  try
-    reference = feval(name, args{:});
-    expect = @(o) close_to(o{1} / scale, reference, 1e-4);
-  catch err
-    expect = {err.identifier, ''};
-  end
-end
-
-function range = random_range()
-  ends = [-8 -6 -4 -3 -2 -1 -0.5 0 1 2 3 4 5 7 9 NaN Inf -Inf 1e300 -1e300 2^31];
-  range = ends(randi(numel(ends), 1, 2));
-  if rand() < 0.4
-    range = sort(round(range .* (abs(range) < 10)));
-  end
-  range = pick({range, range, range, [], 'ab', {1}, [1 2 3], int8([-2 3]), sparse([-2 3]), [-2 3] + 1i, -2, ones(2)});
-end
-
-function item = pick(items)
-  item = items{randi(numel(items))};
 end
