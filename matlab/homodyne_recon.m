@@ -1,4 +1,4 @@
-function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
+function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace, varargin)
 %HOMODYNE_RECON  Partial-Fourier reconstruction: POCS or one-pass homodyne.
 %
 %   IMG = HOMODYNE_RECON(KSPACE)
@@ -158,9 +158,27 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       'Constraint', 'auto', @(v) is_choice(v, {'auto', 'real', 'magnitude'}), '''auto'', ''real'' or ''magnitude'''
       'Window', 'hann', @(v) is_choice(v, {'hann', 'tukey', 'box'}), '''hann'', ''tukey'' or ''box'''
       'TransitionBand', 0, number, 'a whole number of samples, 0 or more'
+      'Coils', [], @(v) isempty(v) || number(v), 'the dimension that holds the receive coils, a whole number from 3 to ndims(KSPACE)'
+      'CoilCombine', 'adaptive', @(v) is_choice(v, {'adaptive', 'rss'}), '''adaptive'' or ''rss'''
+      'NoiseCovariance', [], @(v) isfloat(v) && ~issparse(v), 'a coils x coils matrix or a noise scan (single or double)'
+      'NoiseAdaptive', [], @(v) isempty(v) || ((islogical(v) || number(v)) && isscalar(v) && any(v == [0 1])), 'true or false'
+      'Dims', [], @(v) isempty(v) || (number(v) && any(v == [2 3])), '2 or 3 (the number of spatial dimensions)'
     }, varargin);
     options.Method = lower(options.Method);
     options.Output = lower(options.Output);
+    options.CoilCombine = lower(options.CoilCombine);
+    layout = coil_layout(wrapper, size(kspace), options.Coils, options.Dims);
+    if isempty(options.NoiseAdaptive)
+      % One-pass 'real' keeps the result of earlier releases unless coils or noise are named.
+      options.NoiseAdaptive = ~(strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ...
+                                isempty(options.Coils) && isempty(options.NoiseCovariance));
+    end
+    options.NoiseAdaptive = logical(options.NoiseAdaptive);
+    old_chain = strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ~options.NoiseAdaptive && ...
+                isempty(options.Coils) && isempty(options.NoiseCovariance) && ~isequal(options.Dims, 2);
+    if ~old_chain
+      kspace = reshape(permute(kspace, layout.perm), layout.canonical);
+    end
     if iscell(options.Ranges)
       ranges = [options.Ranges(:)', cell(1, 3 - numel(options.Ranges))];
       labels = {'''Ranges'' x range', '''Ranges'' y range', '''Ranges'' z range'};
@@ -168,8 +186,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       ranges = detect_ranges(wrapper, kspace);
       labels = {'the detected x range', 'the detected y range', 'the detected z range'};
     end
-    if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
-      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, ranges, labels, options, nargout);
+    if ~old_chain
+      [img, phase, zero_filled, info, sensitivities] = core_recon(wrapper, kspace, ranges, labels, options, layout, nargout);
       return;
     end
     plan = plan_axes(wrapper, ranges, labels, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);

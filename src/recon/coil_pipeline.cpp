@@ -28,8 +28,7 @@ void calibration_of(const SampledBox& box, const VolumeTransform& all, const Com
 // Noise power per k-space sample of the combination sum_c conj(S_c) x_c /
 // sum_c |S_c|^2 of coils with independent noise of power `coil_power`: the
 // mean over the image of its per-voxel variance.
-float combined_noise_power(const Complex* sensitivities, const ReconShape& one_volume,
-                           const std::vector<float>& coil_power)
+float combined_noise_power(const Complex* sensitivities, const ReconShape& one_volume, const float* coil_power)
 {
     const Index voxels = one_volume.voxels();
     double sum = 0.0;
@@ -38,7 +37,7 @@ float combined_noise_power(const Complex* sensitivities, const ReconShape& one_v
         for (Index c = 0; c < one_volume.coils; ++c) {
             const double s = std::norm(sensitivities[c * voxels + i]);
             weight += s;
-            power += s * coil_power[static_cast<std::size_t>(c)];
+            power += s * coil_power[c];
         }
         sum += weight > 0.0 ? power / (weight * weight) : 0.0;
     }
@@ -59,17 +58,8 @@ std::vector<Complex> unit_phases(const float* radians, Index count)
 ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
                                            const ReconOptions& options, float* image, float* phase)
 {
-    const NoiseLevel noise = noise_level(options, shape, kspace);
-    std::vector<Complex> whitened;
-    const Complex* data = kspace;
-    if (!noise.whitening.empty()) {
-        whitened.assign(kspace, kspace + shape.samples());
-        whiten_coils(whitened.data(), shape, noise.whitening);
-        data = whitened.data();
-    }
     const CoilCombination combination = shape.coils > 1 ? options.combination : CoilCombination::none;
     const bool adaptive = combination == CoilCombination::adaptive;
-    const bool weighting = options.noise_adaptive && noise.source != NoiseSource::none;
 
     // Every plan is made here, before a thread starts.
     ReconOptions coil_options = options;
@@ -82,6 +72,16 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     const std::unique_ptr<PocsTransforms> pocs_transforms(pocs ? new PocsTransforms(plan) : nullptr);
     const VolumeTransform& all = pocs ? pocs_transforms->all : *full;
     const SampledBox box = sampled_box(shape, options.ranges);
+
+    const NoiseLevel noise = noise_level(options, shape, kspace, all);
+    std::vector<Complex> whitened;
+    const Complex* data = kspace;
+    if (!noise.whitening.empty()) {
+        whitened.assign(kspace, kspace + shape.samples());
+        whiten_coils(whitened.data(), shape, noise.whitening);
+        data = whitened.data();
+    }
+    const bool weighting = options.noise_adaptive && noise.source != NoiseSource::none;
 
     const Index voxels = shape.voxels();
     const Index images = shape.coils * shape.volumes;
@@ -121,7 +121,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                 }
             }
             if (weighting && !adaptive) {
-                const float power = noise.coil_power[static_cast<std::size_t>(j % shape.coils)];
+                const float power = noise.coil_power[static_cast<std::size_t>(j)];
                 report.image_sigma[j] = std::sqrt(power);
                 report.synthesis[j] = weight_image_synthesis(all, x, options.ranges, power, scratch.data());
             }
@@ -165,7 +165,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                 combine_coils_adaptive(low, s.data(), one_volume, e.data());
                 keep_phase(e.data(), voxels);
                 if (weighting) {
-                    const float power = combined_noise_power(s.data(), one_volume, noise.coil_power);
+                    const float power = combined_noise_power(s.data(), one_volume, noise.coil_power.data() + v * shape.coils);
                     report.image_sigma[v] = std::sqrt(power);
                     report.synthesis[v] =
                         weight_image_synthesis(all, combined.data(), options.ranges, power, scratch.data());

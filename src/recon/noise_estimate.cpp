@@ -1,11 +1,7 @@
 #include "recon/noise_estimate.hpp"
 
-#include <fftw3.h>
-
 #include <algorithm>
 #include <cmath>
-#include <memory>
-#include <new>
 
 namespace {
 
@@ -36,13 +32,6 @@ std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KS
     }
     return weights;
 }
-
-struct FftwFree {
-    void operator()(void* p) const { fftwf_free(p); }
-};
-struct PlanDestroy {
-    void operator()(fftwf_plan_s* p) const { fftwf_destroy_plan(p); }
-};
 
 }  // namespace
 
@@ -97,7 +86,8 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
 }
 
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
-                                         const SampledRanges& ranges, KSpaceOrder order)
+                                         const SampledRanges& ranges, KSpaceOrder order,
+                                         const VolumeTransform& transform)
 {
     const Index voxels = shape.voxels();
     const std::vector<float> weights = noise_highpass_weights(shape.n, ranges, order);
@@ -105,36 +95,19 @@ std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, cons
     for (float w : weights) {
         weight_energy += static_cast<double>(w) * static_cast<double>(w);
     }
-
-    std::unique_ptr<fftwf_complex, FftwFree> buffer(
-        static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * static_cast<std::size_t>(voxels))));
-    if (!buffer) {
-        throw std::bad_alloc();
-    }
-    // FFTW is row-major: the slowest axis (z) first.
-    const int dims[3] = {static_cast<int>(shape.n[2]), static_cast<int>(shape.n[1]), static_cast<int>(shape.n[0])};
-    std::unique_ptr<fftwf_plan_s, PlanDestroy> plan(
-        fftwf_plan_dft(3, dims, buffer.get(), buffer.get(), FFTW_BACKWARD, FFTW_ESTIMATE));
-    if (!plan) {
-        throw std::bad_alloc();
-    }
-
-    std::vector<float> powers(static_cast<std::size_t>(shape.coils));
-    std::vector<float> squared(static_cast<std::size_t>(voxels * shape.volumes));
-    auto* samples = reinterpret_cast<std::complex<float>*>(buffer.get());
-    for (Index c = 0; c < shape.coils; ++c) {
-        for (Index v = 0; v < shape.volumes; ++v) {
-            const std::complex<float>* coil = kspace + v * shape.volume_stride() + c * voxels;
-            for (Index s = 0; s < voxels; ++s) {
-                samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
-            }
-            fftwf_execute(plan.get());
-            float* out = squared.data() + v * voxels;
-            for (Index s = 0; s < voxels; ++s) {
-                out[s] = std::norm(samples[s]);
-            }
+    ComplexBuffer samples(voxels);
+    std::vector<float> powers(static_cast<std::size_t>(shape.coils * shape.volumes));
+    std::vector<float> squared(static_cast<std::size_t>(voxels));
+    for (Index j = 0; j < shape.coils * shape.volumes; ++j) {
+        const std::complex<float>* coil = kspace + j * voxels;
+        for (Index s = 0; s < voxels; ++s) {
+            samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
         }
-        powers[static_cast<std::size_t>(c)] = noise_power_from_highpass(squared, weight_energy);
+        transform.inverse(samples.data());
+        for (Index s = 0; s < voxels; ++s) {
+            squared[static_cast<std::size_t>(s)] = std::norm(samples[s]);
+        }
+        powers[static_cast<std::size_t>(j)] = noise_power_from_highpass(squared, weight_energy);
     }
     return powers;
 }

@@ -10,7 +10,8 @@ const char* name_of(NoiseSource source)
     return names[static_cast<int>(source)];
 }
 
-NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace)
+NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace,
+                       const VolumeTransform& transform)
 {
     NoiseLevel level;
     CoilMatrix covariance;
@@ -22,7 +23,15 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
         covariance = options.noise_covariance;
     } else if (options.noise_adaptive) {
         level.source = NoiseSource::estimated;
-        level.coil_power = estimate_noise_powers(kspace, shape, options.ranges, KSpaceOrder::centred);
+        // A range over the whole axis is a fully sampled axis, whichever way it is given.
+        SampledRanges ranges = options.ranges;
+        for (int axis = 0; axis < 3; ++axis) {
+            if (ranges[axis] && ranges[axis]->first == -(shape.n[axis] / 2) &&
+                ranges[axis]->last == (shape.n[axis] + 1) / 2 - 1) {
+                ranges[axis].reset();
+            }
+        }
+        level.coil_power = estimate_noise_powers(kspace, shape, ranges, KSpaceOrder::centred, transform);
         for (float power : level.coil_power) {
             level.coil_sigma.push_back(std::sqrt(power));
         }
@@ -36,7 +45,10 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
         level.coil_sigma.push_back(std::sqrt(power));
         mean += power / static_cast<double>(shape.coils);
     }
-    level.coil_power.assign(static_cast<std::size_t>(shape.coils), static_cast<float>(mean));
+    level.coil_power.assign(static_cast<std::size_t>(shape.coils * shape.volumes), static_cast<float>(mean));
+    for (Index v = 1; v < shape.volumes; ++v) {
+        level.coil_sigma.insert(level.coil_sigma.end(), level.coil_sigma.begin(), level.coil_sigma.begin() + shape.coils);
+    }
     if (shape.coils > 1) {
         level.whitening = noise_whitening_matrix(covariance.data(), shape.coils, shape.coils, shape.coils);
         const float g = static_cast<float>(std::sqrt(mean));

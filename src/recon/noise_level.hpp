@@ -14,8 +14,10 @@ const char* name_of(NoiseSource source);  // "none", "covariance", "noise scan",
 
 struct NoiseLevel {
     NoiseSource source = NoiseSource::none;
-    std::vector<float> coil_sigma;  // per coil, in the data's units, before prewhitening
-    std::vector<float> coil_power;  // per coil, sigma^2 per k-space sample after prewhitening
+    // Per coil image (coils fastest, then volumes): sigma in the data's units
+    // before prewhitening, and sigma^2 per k-space sample after it.
+    std::vector<float> coil_sigma;
+    std::vector<float> coil_power;
     CoilMatrix whitening;           // coils x coils; empty: the coils are left as they are
 };
 
@@ -23,9 +25,11 @@ struct NoiseLevel {
 // g * inverse(L) (psi = L L^H, g^2 the mean of psi's diagonal), so that every
 // coil carries independent noise of power g^2 per sample and the data keep
 // their units (one coil: nothing to whiten). Otherwise, when the
-// noise-adaptive step is on, the noise power of every coil is estimated from
-// the data (see noise_estimate.hpp) and the coils are left as they are: a
+// noise-adaptive step is on, the noise power of every coil image is
+// estimated from its own data (see noise_estimate.hpp; so a batch of volumes
+// gives what separate calls give), and the coils are left as they are: a
 // prewhitening by estimates would reweight the coils of noiseless data by
-// the estimates' scatter. Else no noise level. Plans FFTs: call before any
-// threads start.
-NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace);
+// the estimates' scatter. Else no noise level. `transform`: all three axes
+// of the image's size.
+NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace,
+                       const VolumeTransform& transform);

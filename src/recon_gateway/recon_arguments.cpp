@@ -255,7 +255,7 @@ mxArray* adaptive_step_of(const ReconReport& report)
     return step;
 }
 
-mxArray* info_of(const ReconReport& report, const ReconOptions& options)
+mxArray* info_of(const ReconReport& report, const ReconOptions& options, Index coils)
 {
     const char* fields[] = {"method",  "constraint",   "iterations",  "change",     "residual",
                             "echo_offset", "threads", "combination", "noise_source", "noise_sigma", "adaptive"};
@@ -279,7 +279,8 @@ mxArray* info_of(const ReconReport& report, const ReconOptions& options)
     mxSetField(info, 0, "threads", mxCreateDoubleScalar(report.threads));
     mxSetField(info, 0, "combination", mxCreateString(name_of(report.combination)));
     mxSetField(info, 0, "noise_source", mxCreateString(name_of(report.noise_source)));
-    mxSetField(info, 0, "noise_sigma", row_of(report.coil_sigma));
+    mxSetField(info, 0, "noise_sigma", row_of(std::vector<double>(report.coil_sigma.begin(), report.coil_sigma.end()),
+                                                static_cast<mwSize>(report.coil_sigma.empty() ? 1 : coils)));
     mxSetField(info, 0, "adaptive", adaptive_step_of(report));
     return info;
 }
@@ -358,7 +359,7 @@ void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prh
         mxArray* sensitivities = nlhs > 3 ? sensitivities_of(report.sensitivities, dims) : nullptr;
         plhs[0] = image;
         if (nlhs > 1) {
-            plhs[1] = info_of(report, options);
+            plhs[1] = info_of(report, options, shape.coils);
         }
         if (phase != nullptr) {
             plhs[2] = phase;

@@ -72,6 +72,7 @@ TEST(Pocs, OneIterationMatchesNaiveDftReference)
     options.tolerance = 0;
     options.constraint = PhaseConstraint::real_part;
     options.output = ReconOutput::complex;
+    options.noise_adaptive = false;
     options.ranges[AXIS_Y] = KRange{-1, 2};
     std::vector<float> image(2 * static_cast<std::size_t>(shape.voxels()));
     const ReconReport report = reconstruct(shape, k.data(), options, image.data());
@@ -188,12 +189,13 @@ TEST(Pocs, ResultIndependentOfThreadCount)
 {
     ReconShape shape;
     shape.n = {12, 10, 4};
+    shape.coils = 2;  // combined: one image per volume
     shape.volumes = 5;
     const std::vector<Complex> k = random_kspace(shape, 3);
     ReconOptions options;
     options.ranges[AXIS_Y] = KRange{-3, 4};
     options.transition_band = 2;
-    std::vector<float> one(static_cast<std::size_t>(shape.samples())), three(one.size());
+    std::vector<float> one(static_cast<std::size_t>(shape.voxels() * shape.volumes)), three(one.size());
     options.threads = 1;
     reconstruct(shape, k.data(), options, one.data());
     options.threads = 3;
