@@ -145,11 +145,14 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
 
     ReconShape one_volume = shape;
     one_volume.volumes = 1;
-    run_on_threads(thread_count(options, shape.volumes), [&](int thread) {
+    // Volumes on threads of their own, or the planes of one volume.
+    const int volume_threads = thread_count(options, shape.volumes);
+    const int plane_threads = volume_threads == 1 ? thread_count(options, shape.n[2]) : 1;
+    run_on_threads(volume_threads, [&](int thread) {
         ComplexBuffer scratch(voxels);
         std::vector<Complex> combined(static_cast<std::size_t>(voxels)), e(static_cast<std::size_t>(voxels));
         std::vector<float> rss(static_cast<std::size_t>(adaptive ? 0 : voxels));
-        for (Index v = thread; v < shape.volumes; v += thread_count(options, shape.volumes)) {
+        for (Index v = thread; v < shape.volumes; v += volume_threads) {
             const Complex* x = coil_images.data() + v * shape.volume_stride();
             float* out = image + v * values;
             if (!adaptive) {
@@ -160,7 +163,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                 }
             } else {
                 const Complex* low = lowres.data() + v * shape.volume_stride();
-                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume);
+                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume, plane_threads);
                 combine_coils_adaptive(x, s.data(), one_volume, combined.data());
                 combine_coils_adaptive(low, s.data(), one_volume, e.data());
                 keep_phase(e.data(), voxels);

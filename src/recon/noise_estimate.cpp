@@ -1,5 +1,7 @@
 #include "recon/noise_estimate.hpp"
 
+#include "recon/worker_threads.hpp"
+
 #include <algorithm>
 #include <cmath>
 
@@ -87,7 +89,7 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
 
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
                                          const SampledRanges& ranges, KSpaceOrder order,
-                                         const VolumeTransform& transform)
+                                         const VolumeTransform& transform, int threads)
 {
     const Index voxels = shape.voxels();
     const std::vector<float> weights = noise_highpass_weights(shape.n, ranges, order);
@@ -95,19 +97,21 @@ std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, cons
     for (float w : weights) {
         weight_energy += static_cast<double>(w) * static_cast<double>(w);
     }
-    ComplexBuffer samples(voxels);
     std::vector<float> powers(static_cast<std::size_t>(shape.coils * shape.volumes));
-    std::vector<float> squared(static_cast<std::size_t>(voxels));
-    for (Index j = 0; j < shape.coils * shape.volumes; ++j) {
-        const std::complex<float>* coil = kspace + j * voxels;
-        for (Index s = 0; s < voxels; ++s) {
-            samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
+    run_on_threads(threads, [&](int thread) {
+        ComplexBuffer samples(voxels);
+        std::vector<float> squared(static_cast<std::size_t>(voxels));
+        for (Index j = thread; j < shape.coils * shape.volumes; j += threads) {
+            const std::complex<float>* coil = kspace + j * voxels;
+            for (Index s = 0; s < voxels; ++s) {
+                samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
+            }
+            transform.inverse(samples.data());
+            for (Index s = 0; s < voxels; ++s) {
+                squared[static_cast<std::size_t>(s)] = std::norm(samples[s]);
+            }
+            powers[static_cast<std::size_t>(j)] = noise_power_from_highpass(squared, weight_energy);
         }
-        transform.inverse(samples.data());
-        for (Index s = 0; s < voxels; ++s) {
-            squared[static_cast<std::size_t>(s)] = std::norm(samples[s]);
-        }
-        powers[static_cast<std::size_t>(j)] = noise_power_from_highpass(squared, weight_energy);
-    }
+    });
     return powers;
 }

@@ -43,7 +43,8 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
 
 // Noise power per k-space sample of every coil of every volume of `kspace`
 // (shape x, y, z, coils, volumes; zero outside the sampled block), coils
-// fastest. `transform`: all three axes of the image's size.
+// fastest. `transform`: all three axes of the image's size; coil image j
+// runs on thread j mod threads.
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
                                          const SampledRanges& ranges, KSpaceOrder order,
-                                         const VolumeTransform& transform);
+                                         const VolumeTransform& transform, int threads = 1);

@@ -31,7 +31,8 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
                 ranges[axis].reset();
             }
         }
-        level.coil_power = estimate_noise_powers(kspace, shape, ranges, KSpaceOrder::centred, transform);
+        level.coil_power = estimate_noise_powers(kspace, shape, ranges, KSpaceOrder::centred, transform,
+                                                 thread_count(options, shape.coils * shape.volumes));
         for (float power : level.coil_power) {
             level.coil_sigma.push_back(std::sqrt(power));
         }

@@ -196,7 +196,7 @@ double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* bo
 }
 
 PocsTransforms::PocsTransforms(const PocsPlan& plan)
-    : all(plan.box.n),
+    : all(plan.box.n, {true, true, true}, true),
       full_axes(plan.box.n, {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}),
       partial_axes(plan.box.n, plan.box.partial, true)
 {
