@@ -6,7 +6,8 @@ function layout = coil_layout(wrapper, sizes, coils, dims)
 %   The core reads the order (x, y, z, coils, volumes):
 %     LAYOUT.perm       permutation of KSPACE's dimensions into that order;
 %     LAYOUT.canonical  the 5 sizes after it (z = 1 for 2-D data);
-%     LAYOUT.result     permuted sizes of a result: 1 along the coils;
+%     LAYOUT.permuted   KSPACE's sizes after the permutation;
+%     LAYOUT.result     the same for a result: 1 along the coils;
 %     LAYOUT.coils      the coil count (1 without COILS).
 %   A COILS that is not a whole number from 3 to ndims, or that lies among
 %   the spatial dimensions, is refused (homodyne:badOption).
@@ -30,7 +31,8 @@ function layout = coil_layout(wrapper, sizes, coils, dims)
   spatial = [sizes(1:dims), ones(1, 3 - dims)];
   layout.coils = prod(sizes(coils));
   layout.canonical = [spatial, layout.coils, prod(sizes(volumes))];
-  layout.result = sizes(layout.perm);
+  layout.permuted = sizes(layout.perm);
+  layout.result = layout.permuted;
   if ~isempty(coils)
     layout.result(dims + 1) = 1;
   end

@@ -37,8 +37,7 @@ function [img, phase, zero_filled, info, sensitivities] = core_recon(wrapper, ks
     zero_filled = back(restored(wrapper, 'ZERO_FILLED', zero_filled, scale, class(kspace), false));
   end
   if outputs > 4 && ~isempty(results{4})
-    sensitivities = ipermute(reshape(cast(results{4}, class(kspace)), layout.result .* ...
-                             [ones(1, 3), layout.coils, ones(1, numel(layout.result) - 4)]), layout.perm);
+    sensitivities = ipermute(reshape(cast(results{4}, class(kspace)), layout.permuted), layout.perm);
   end
   info = results{2};
   info = struct('ranges', {plan.ranges}, 'method', info.method, 'constraint', {info.constraint}, ...
