@@ -119,7 +119,8 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                   comes from 'NoiseCovariance', else it is estimated per
 %                   coil image from the data (a high-pass of the acquired
 %                   block, robustly fitted: within 6 % on phantoms and
-%                   anatomy at SNR 20 and 50). On noiseless data the
+%                   anatomy at SNR 20 and 50; images of fewer than 1024
+%                   samples are not weighted). On noiseless data the
 %                   estimate is near 0 and the result moves by under 1 %.
 %                   One-pass 'homodyne' with 'Output' 'real' and neither
 %                   coils nor a covariance defaults to false and then is the

@@ -4,6 +4,15 @@
 
 #include "recon/noise_estimate.hpp"
 
+namespace {
+
+// Fewer samples per coil image do not tell noise from the object's own
+// high frequencies (8 noiseless samples of a smooth object gave a "noise"
+// level that wiped out the synthesised half).
+constexpr Index least_samples_to_estimate = 1024;
+
+}  // namespace
+
 const char* name_of(NoiseSource source)
 {
     static const char* const names[] = {"none", "covariance", "noise scan", "estimated"};
@@ -21,7 +30,7 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
     } else if (!options.noise_covariance.empty()) {
         level.source = NoiseSource::covariance;
         covariance = options.noise_covariance;
-    } else if (options.noise_adaptive) {
+    } else if (options.noise_adaptive && shape.voxels() >= least_samples_to_estimate) {
         level.source = NoiseSource::estimated;
         // A range over the whole axis is a fully sampled axis, whichever way it is given.
         SampledRanges ranges = options.ranges;

@@ -25,8 +25,8 @@ struct NoiseLevel {
 // g * inverse(L) (psi = L L^H, g^2 the mean of psi's diagonal), so that every
 // coil carries independent noise of power g^2 per sample and the data keep
 // their units (one coil: nothing to whiten). Otherwise, when the
-// noise-adaptive step is on, the noise power of every coil image is
-// estimated from its own data (see noise_estimate.hpp; so a batch of volumes
+// noise-adaptive step is on and a coil image has at least 1024 samples, the
+// noise power of every coil image is estimated from its own data (see noise_estimate.hpp; so a batch of volumes
 // gives what separate calls give), and the coils are left as they are: a
 // prewhitening by estimates would reweight the coils of noiseless data by
 // the estimates' scatter. Else no noise level. `transform`: all three axes
