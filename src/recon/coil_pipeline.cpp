@@ -1,5 +1,6 @@
 #include "recon/coil_pipeline.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -147,7 +148,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     one_volume.volumes = 1;
     // Volumes on threads of their own, or the planes of one volume.
     const int volume_threads = thread_count(options, shape.volumes);
-    const int plane_threads = volume_threads == 1 ? thread_count(options, shape.n[2]) : 1;
+    const int plane_threads = volume_threads == 1 ? report.threads : 1;
     run_on_threads(volume_threads, [&](int thread) {
         ComplexBuffer scratch(voxels);
         std::vector<Complex> combined(static_cast<std::size_t>(voxels)), e(static_cast<std::size_t>(voxels));
@@ -163,9 +164,9 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                 }
             } else {
                 const Complex* low = lowres.data() + v * shape.volume_stride();
-                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume, plane_threads);
-                combine_coils_adaptive(x, s.data(), one_volume, combined.data());
-                combine_coils_adaptive(low, s.data(), one_volume, e.data());
+                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume, std::min<int>(plane_threads, shape.n[2]));
+                combine_coils_adaptive(x, s.data(), one_volume, combined.data(), plane_threads);
+                combine_coils_adaptive(low, s.data(), one_volume, e.data(), plane_threads);
                 keep_phase(e.data(), voxels);
                 if (weighting) {
                     const float power = combined_noise_power(s.data(), one_volume, noise.coil_power.data() + v * shape.coils);
