@@ -1,9 +1,10 @@
-function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
+function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace, varargin)
 %HOMODYNE_RECON  Partial-Fourier reconstruction: POCS or one-pass homodyne.
 %
 %   IMG = HOMODYNE_RECON(KSPACE)
 %   IMG = HOMODYNE_RECON(KSPACE, 'Method', 'pocs' | 'homodyne', 'Output', ...)
-%   [IMG, PHASE, ZERO_FILLED, INFO] = HOMODYNE_RECON(...)
+%   IMG = HOMODYNE_RECON(KSPACE, 'Coils', DIM, 'NoiseCovariance', C, ...)
+%   [IMG, PHASE, ZERO_FILLED, INFO, SENSITIVITIES] = HOMODYNE_RECON(...)
 %
 %   KSPACE is single or double, real or complex, finite, 2-D or 3-D k-space,
 %   centred: k = 0 sits at index floor(n/2)+1 of each of the first three
@@ -78,7 +79,63 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   An echo away from the nominal centre (a linear phase ramp) is followed:
 %   POCS centres its phase window on the k-space peak of each partial axis.
 %
-%   Outputs, all of KSPACE's class and of its size:
+%   Receive coils and noise:
+%     'Coils'       DIM, the dimension (3 or higher) that holds the receive
+%                   coils. The result is one combined image per remaining
+%                   volume: size 1 along DIM, for both methods and every
+%                   'Output'. 'Coils', 3 makes the data 2-D ('Dims', 2).
+%                   Without it, dimensions 4 and up are independent volumes.
+%     'CoilCombine' 'adaptive' (default): every coil is reconstructed on its
+%                   own, then the coils are combined with sensitivities
+%                   estimated from their calibration images (the windowed
+%                   symmetric centre; the dominant eigenvector of the coils'
+%                   covariance over 5 x 5 voxels), x = sum conj(S_c) x_c.
+%                   The result carries the phase of the strongest coil.
+%                   'rss': the root sum of squares of the coil results, as
+%                   common practice does (no phase).
+%                   Why per coil, then combine: the partial-Fourier step
+%                   needs a smooth phase, and a combined image's phase mixes
+%                   the coils' phases where their sensitivities overlap;
+%                   per-coil POCS then combination gave 1.4-5x lower
+%                   noiseless error than combination first on 8-coil
+%                   phantoms, the sensitivities 7-17 % lower error than the
+%                   calibration images normalised by their root sum of
+%                   squares. On the bench's 8-coil phantom slices (ky 5/8
+%                   and 3/4) at SNR 20 the adaptive combination has 0.51x
+%                   the error of the fully sampled RSS image and 0.50x that
+%                   of bart's per-coil homodyne + RSS, where per-coil POCS
+%                   + RSS has 0.89-0.93x the floor (make bench).
+%     'NoiseCovariance'  the coils' noise covariance (coils x coils), or a
+%                   noise-only scan with the coils along DIM. The coils are
+%                   prewhitened before anything else (scaled so that the
+%                   data keep their units); the noise level comes from it.
+%                   Without 'Coils', a scalar is the noise power per sample.
+%     'NoiseAdaptive'  true (default) or false. After the partial-Fourier
+%                   step every synthesised k-space sample (never a measured
+%                   one) is weighted by max(0, 1 - 2 sigma^2 / P), P the
+%                   power of its measured partner at -k smoothed over 5
+%                   samples per axis, sigma^2 the noise power per sample:
+%                   where the partner is below the noise, synthesis adds
+%                   more noise than signal. It runs once on the combined
+%                   image ('adaptive'), else on every coil image (per coil
+%                   it lost 1-11 % against no weighting before RSS on the
+%                   bench's 8-coil cases; on single-coil phantom slices it
+%                   changed the error by +0.0 to +0.7 %, +2 to +9 % on a
+%                   3-D phantom with two partial axes). sigma
+%                   comes from 'NoiseCovariance', else it is estimated per
+%                   coil image from the data (a high-pass of the acquired
+%                   block, robustly fitted: within 6 % on phantoms and
+%                   anatomy at SNR 20 and 50; images of fewer than 1024
+%                   samples are not weighted). On noiseless data the
+%                   estimate is near 0 and the result moves by under 1 %.
+%                   One-pass 'homodyne' with 'Output' 'real' and neither
+%                   coils nor a covariance defaults to false and then is the
+%                   result of earlier releases, bit for bit.
+%     'Dims'        2 or 3 (default; 2 with 'Coils', 3): the number of
+%                   spatial dimensions. With 2, dimension 3 onward are coils
+%                   or volumes, never a transformed axis.
+%
+%   Outputs, all of KSPACE's class and of its size (size 1 along 'Coils'):
 %     IMG          the image in the form of 'Output'. Where the
 %                  low-resolution image is exactly 0 no phase exists: the
 %                  one-pass image is 0 there, and POCS takes phase 0 there
@@ -89,8 +146,9 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %                  (POCS: from the windowed centre; one-pass: the
 %                  low-resolution phase), 0 where none exists. Computed only
 %                  when asked for.
-%     ZERO_FILLED  the magnitude of the inverse DFT of KSPACE as it is
-%                  (computed only when asked for).
+%     ZERO_FILLED  the magnitude of the inverse DFT of KSPACE as it is, the
+%                  root sum of squares over the coils (computed only when
+%                  asked for).
 %     INFO         struct: ranges (the ranges used, given or detected, in
 %                  KSPACE's own coordinates) and seconds. One-pass 'real':
 %                  mirrored and weighted (1x3 logical per axis), seconds of
@@ -99,8 +157,19 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %                  method, constraint (the form kept), iterations (run),
 %                  change (the last relative change), residual (relative
 %                  data residual of the last projection), echo_offset (3 x
-%                  images: the k-space peak per partial axis), threads, and
-%                  seconds.total.
+%                  images: the k-space peak per partial axis), threads,
+%                  combination ('adaptive', 'rss' or 'none'), noise_source
+%                  ('covariance', 'noise scan', 'estimated' or 'none'),
+%                  noise_sigma (coils x volumes: sigma per k-space sample of
+%                  every coil before prewhitening), adaptive (applied_to:
+%                  'combined image', 'each coil image' or 'none'; sigma: the
+%                  noise level it weighted with, per weighted image, for the
+%                  combined image that of the combination; mean_weight of
+%                  the synthesised samples; removed: the fraction of them
+%                  weighted 0) and seconds.total.
+%     SENSITIVITIES  with 'CoilCombine' 'adaptive': the coil sensitivities
+%                  used (complex, KSPACE's size, unit length per voxel),
+%                  else []; computed only when asked for.
 %
 %   Both MEX layouts give the same results. The one-pass 'real' path runs
 %   the module's commands (HOMODYNE_MEX); everything else runs in the C++
@@ -158,9 +227,27 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       'Constraint', 'auto', @(v) is_choice(v, {'auto', 'real', 'magnitude'}), '''auto'', ''real'' or ''magnitude'''
       'Window', 'hann', @(v) is_choice(v, {'hann', 'tukey', 'box'}), '''hann'', ''tukey'' or ''box'''
       'TransitionBand', 0, number, 'a whole number of samples, 0 or more'
+      'Coils', [], @(v) isempty(v) || number(v), 'the dimension that holds the receive coils, a whole number from 3 to ndims(KSPACE)'
+      'CoilCombine', 'adaptive', @(v) is_choice(v, {'adaptive', 'rss'}), '''adaptive'' or ''rss'''
+      'NoiseCovariance', [], @(v) isfloat(v) && ~issparse(v), 'a coils x coils matrix or a noise scan (single or double)'
+      'NoiseAdaptive', [], @(v) isempty(v) || ((islogical(v) || number(v)) && isscalar(v) && any(v == [0 1])), 'true or false'
+      'Dims', [], @(v) isempty(v) || (number(v) && any(v == [2 3])), '2 or 3 (the number of spatial dimensions)'
     }, varargin);
     options.Method = lower(options.Method);
     options.Output = lower(options.Output);
+    options.CoilCombine = lower(options.CoilCombine);
+    layout = coil_layout(wrapper, size(kspace), options.Coils, options.Dims);
+    if isempty(options.NoiseAdaptive)
+      % One-pass 'real' keeps the result of earlier releases unless coils or noise are named.
+      options.NoiseAdaptive = ~(strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ...
+                                isempty(options.Coils) && isempty(options.NoiseCovariance));
+    end
+    options.NoiseAdaptive = logical(options.NoiseAdaptive);
+    old_chain = strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ~options.NoiseAdaptive && ...
+                isempty(options.Coils) && isempty(options.NoiseCovariance) && ~isequal(options.Dims, 2);
+    if ~old_chain
+      kspace = reshape(permute(kspace, layout.perm), layout.canonical);
+    end
     if iscell(options.Ranges)
       ranges = [options.Ranges(:)', cell(1, 3 - numel(options.Ranges))];
       labels = {'''Ranges'' x range', '''Ranges'' y range', '''Ranges'' z range'};
@@ -168,8 +255,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       ranges = detect_ranges(wrapper, kspace);
       labels = {'the detected x range', 'the detected y range', 'the detected z range'};
     end
-    if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
-      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, scale, ranges, labels, options, nargout);
+    if ~old_chain
+      [img, phase, zero_filled, info, sensitivities] = core_recon(wrapper, kspace, scale, ranges, labels, options, layout, nargout);
       return;
     end
     plan = plan_axes(wrapper, ranges, labels, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
