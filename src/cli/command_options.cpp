@@ -35,6 +35,14 @@ int whole_number_of(const std::string& flag, const std::string& text)
     return static_cast<int>(std::fmax(INT_MIN, std::fmin(INT_MAX, x)));
 }
 
+bool switch_of(const std::string& flag, const std::string& text)
+{
+    if (text != "on" && text != "off") {
+        bad_value(flag, "must be on or off");
+    }
+    return text == "on";
+}
+
 struct OptionRow {
     const char* flag;
     const char* value;      // nullptr for a switch
@@ -49,10 +57,24 @@ const OptionRow option_table[] = {
      "through the module's weights and phase transfer",
      [](CommandOptions& o, const std::string& v) { o.recon.method = method_named(v); }},
     {"--output", "magnitude|real|complex", "Output",
-     "magnitude (default): |x|, several coils combined by root sum of\n"
-     "squares; real: Re(x e^{-i phi}) along the estimated phase; complex:\n"
-     "x with its phase. real and complex keep one image channel per coil",
+     "magnitude (default): |x|; real: Re(x e^{-i phi}) along the estimated\n"
+     "phase; complex: x with its phase",
      [](CommandOptions& o, const std::string& v) { o.recon.output = output_named(v); }},
+    {"--coil-combine", "adaptive|rss|none", "CoilCombine",
+     "how the coil images of a volume become one image: adaptive (default)\n"
+     "weights them by sensitivities estimated from their calibration\n"
+     "images; rss: root sum of squares (no phase); none: one image channel\n"
+     "per coil",
+     [](CommandOptions& o, const std::string& v) { o.recon.combination = combination_named(v); }},
+    {"--noise-adaptive", "on|off", "NoiseAdaptive",
+     "on (default): every synthesised k-space sample weighted by\n"
+     "max(0, 1 - 2 sigma^2 / P), P the power around its measured partner;\n"
+     "sigma from the file's noise readouts, else estimated from the data",
+     [](CommandOptions& o, const std::string& v) { o.recon.noise_adaptive = switch_of("--noise-adaptive", v); }},
+    {"--no-prewhitening", nullptr, nullptr,
+     "ignore the file's noise-only readouts (by default the coils are\n"
+     "prewhitened with their covariance, which also gives sigma)",
+     [](CommandOptions& o, const std::string&) { o.prewhiten = false; }},
     {"--iterations", "N", "Iterations", "POCS: at most N iterations, 1 to 10000 (default 20)",
      [](CommandOptions& o, const std::string& v) { o.recon.iterations = whole_number_of("--iterations", v); }},
     {"--tolerance", "T", "Tolerance",

@@ -13,6 +13,7 @@ struct CommandOptions {
     std::string png;              // montage, unless empty
     std::string wisdom;           // FFTW wisdom kept between runs, unless empty
     bool keep_oversampling = false;
+    bool prewhiten = true;        // with the file's noise readouts, if it has any
     bool quiet = false;
     bool help = false;
 };

@@ -14,6 +14,7 @@
 #include "cli/wisdom_file.hpp"
 #include "rawdata/image_writer.hpp"
 #include "rawdata/png_montage.hpp"
+#include "recon/noise_whitening.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {
@@ -65,15 +66,50 @@ void write_montage(const std::string& path, const ScanImages& images)
     write_png_montage(path, magnitudes.data(), images.shape);
 }
 
+// The noise covariance of the file's noise readouts, in the units of the
+// k-space's noise (their variance differs by the dwell times and the
+// oversampling removed) after the k-space was divided by `data_scale`.
+void use_noise_readouts(const RawKspace& scan, float data_scale, ReconOptions& options)
+{
+    ReconShape noise_shape;
+    noise_shape.n = {scan.noise_samples, 1, 1};
+    noise_shape.coils = scan.shape.coils;
+    options.noise_covariance = noise_covariance_from_scan(scan.noise.data(), noise_shape, scan.shape.coils);
+    for (std::complex<float>& entry : options.noise_covariance) {
+        entry *= scan.noise_variance_scale / (data_scale * data_scale);
+    }
+    options.covariance_rows = options.covariance_columns = scan.shape.coils;
+}
+
+const char* combination_words(CoilCombination combination)
+{
+    switch (combination) {
+    case CoilCombination::adaptive:
+        return "coils combined adaptively";
+    case CoilCombination::rss:
+        return "coils combined by root sum of squares";
+    case CoilCombination::none:
+        break;
+    }
+    return nullptr;
+}
+
 std::string summary(const CommandOptions& options, const ScanImages& images, double seconds)
 {
     const ReconShape& s = images.shape;
     std::ostringstream line;
     line << "homodyne-recon: wrote " << options.output << ": " << s.volumes << (s.volumes == 1 ? " image" : " images")
          << " of " << s.n[0] << " x " << s.n[1] << " x " << s.n[2] << ", "
-         << (images.coils_combined ? "coils combined by root sum of squares"
-                                   : std::to_string(s.coils) + (s.coils == 1 ? " channel" : " channels"))
-         << ", " << (options.recon.method == ReconMethod::pocs ? "POCS" : "one-pass homodyne") << ", ";
+         << (combination_words(images.combination) != nullptr
+                 ? combination_words(images.combination)
+                 : std::to_string(s.coils) + (s.coils == 1 ? " channel" : " channels"))
+         << ", " << (options.recon.method == ReconMethod::pocs ? "POCS" : "one-pass homodyne");
+    if (images.noise_source == NoiseSource::covariance) {
+        line << ", prewhitened with the noise readouts";
+    } else if (images.noise_source == NoiseSource::estimated) {
+        line << ", noise level estimated";
+    }
+    line << ", ";
     line.precision(2);
     line << std::fixed << seconds << " s";
     return line.str();
@@ -98,13 +134,16 @@ void run_command(const CommandOptions& options)
 
     ReconOptions recon = options.recon;
     recon.ranges = scan.ranges;
+    const float scale = unit_scale(scan.kspace);
+    scale_values(scan.kspace, 1.0f / scale);
+    if (options.prewhiten && !scan.noise.empty()) {
+        use_noise_readouts(scan, scale, recon);
+    }
     const auto progress = [&](Index done, Index volumes) {
         if (!options.quiet && volumes > 1) {
             std::cerr << "homodyne-recon: volume " << done << " of " << volumes << "\n";
         }
     };
-    const float scale = unit_scale(scan.kspace);
-    scale_values(scan.kspace, 1.0f / scale);
     ScanImages images = reconstruct_scan(scan, recon, progress);
     scale_values(images.values, scale);
 

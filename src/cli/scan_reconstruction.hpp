@@ -1,19 +1,21 @@
 #pragma once
 // Reconstruction of every volume of a raw-data file through the core, a few
-// volumes per call so that progress can be told, and the coil images of a
-// magnitude reconstruction combined by root sum of squares.
+// volumes per call so that progress can be told (the core's result does not
+// depend on how the volumes are batched).
 
 #include <functional>
 #include <vector>
 
 #include "rawdata/raw_kspace.hpp"
+#include "recon/noise_level.hpp"
 #include "recon/recon_options.hpp"
 
 struct ScanImages {
     // x, y, z, channels (1 after coil combination, else the coils), volumes.
     ReconShape shape;
     ReconOutput output = ReconOutput::magnitude;
-    bool coils_combined = false;
+    CoilCombination combination = CoilCombination::none;  // what the core did
+    NoiseSource noise_source = NoiseSource::none;
     // shape.samples() values, interleaved pairs for complex output.
     std::vector<float> values;
 };

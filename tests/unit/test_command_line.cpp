@@ -1,5 +1,6 @@
 // The homodyne-recon program, run as a user runs it, on files written from a
-// known k-space: its images equal the core's reconstruction of that k-space,
+// known k-space: its images equal the core's reconstruction of that k-space
+// (prewhitened with the file's noise readouts),
 // and every bad file or option gives one line naming it, the right exit
 // status and no output.
 
@@ -16,6 +17,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "rawdata/raw_kspace.hpp"
+#include "recon/noise_whitening.hpp"
 #include "recon/reconstruct.hpp"
 #include "scan_file_writer.hpp"
 
@@ -92,32 +95,34 @@ void expect_within_rounding(const std::vector<T>& got, const std::vector<T>& exp
 
 TEST(CommandLine, ImagesEqualTheCoreOnTheSameKspace)
 {
-    const SyntheticScan scan = partial_scan();
+    SyntheticScan scan = partial_scan();
+    scan.noise_readouts = 8;
     const std::string in = data_file("scan.h5"), out = data_file("images.h5"), png = data_file("montage.png");
     write_scan_file(in, scan);
+    // The coils are prewhitened with the covariance of the file's noise
+    // readouts, in the units of the k-space's noise.
+    const RawKspace raw = read_raw_kspace(in);
+    ReconShape noise_shape;
+    noise_shape.n[0] = raw.noise_samples;
+    noise_shape.coils = 2;
     ReconOptions options;
-    options.ranges = scan.keep;
-    options.output = ReconOutput::complex;
-    const Index voxels = scan.shape.voxels(), coil_images = scan.shape.coils * scan.shape.volumes;
-    std::vector<std::complex<float>> coils(static_cast<std::size_t>(coil_images * voxels));
-
-    // POCS magnitude (the defaults), coils combined by root sum of squares.
-    reconstruct(scan.shape, scan.kspace.data(), options, reinterpret_cast<float*>(coils.data()));
-    std::vector<float> combined;
-    for (Index v = 0; v < scan.shape.volumes; ++v) {
-        for (Index i = 0; i < voxels; ++i) {
-            double sum = 0;
-            for (Index c = 0; c < scan.shape.coils; ++c) {
-                sum += std::norm(std::complex<double>(coils[(v * scan.shape.coils + c) * voxels + i]));
-            }
-            combined.push_back(static_cast<float>(std::sqrt(sum)));
-        }
+    options.noise_covariance = noise_covariance_from_scan(raw.noise.data(), noise_shape, 2);
+    for (std::complex<float>& entry : options.noise_covariance) {
+        entry *= raw.noise_variance_scale;
     }
+    options.covariance_rows = options.covariance_columns = 2;
+    options.ranges = scan.keep;
+
+    // POCS magnitude, coils combined adaptively (the defaults).
+    options.output = ReconOutput::magnitude;
+    std::vector<float> combined(static_cast<std::size_t>(scan.shape.voxels() * scan.shape.volumes));
+    reconstruct(scan.shape, scan.kspace.data(), options, combined.data());
     const std::string wisdom = data_file("wisdom.txt");
     std::filesystem::remove(wisdom);
     ProgramRun run = homodyne_recon("--wisdom " + wisdom + " \"" + in + "\" \"" + out + "\"");
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_NE(run.errors.find("volume 2 of 2"), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find("prewhitened"), std::string::npos) << run.errors;
     expect_within_rounding(images_in<float>(out, 2, {16, 16, 4, 1}), combined);
     std::ifstream kept(wisdom);
     std::string first_word;
@@ -126,8 +131,12 @@ TEST(CommandLine, ImagesEqualTheCoreOnTheSameKspace)
 
     // One-pass homodyne, complex, one channel per coil, quiet, with a montage.
     options.method = ReconMethod::homodyne;
+    options.output = ReconOutput::complex;
+    options.combination = CoilCombination::none;
+    std::vector<std::complex<float>> coils(static_cast<std::size_t>(scan.shape.samples()));
     reconstruct(scan.shape, scan.kspace.data(), options, reinterpret_cast<float*>(coils.data()));
-    run = homodyne_recon("--method homodyne --output=complex --quiet --png \"" + png + "\" \"" + in + "\" \"" + out + "\"");
+    run = homodyne_recon("--method homodyne --output=complex --coil-combine none --quiet --png \"" + png + "\" \"" +
+                         in + "\" \"" + out + "\"");
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(run.errors, "");
     expect_within_rounding(images_in<std::complex<float>>(out, 2, {16, 16, 4, 2}), coils);
