@@ -1,0 +1,54 @@
+function detection = check_given_ranges(wrapper, ranges, labels, sizes, profiles)
+%CHECK_GIVEN_RANGES  Refuse given sampled ranges that the data contradict.
+%   DETECTION = CHECK_GIVEN_RANGES(WRAPPER, RANGES, LABELS, SIZES, PROFILES):
+%   RANGES (1x3 cell, already checked by PLAN_AXES) as the caller gave them,
+%   LABELS naming each, SIZES the three axis sizes, PROFILES the plane
+%   energies of the data (PLANE_ENERGY). Per axis with a range [first last]:
+%   - planes outside the range that carry data (their energy at least half
+%     that of their mirror planes k -> -k inside the range): a range on the
+%     wrong axis or too narrow, homodyne:badRange. Planes outside that hold
+%     only noise or filler (measured: at most 0.016 of their mirrors' energy
+%     at SNR 20) are treated as not acquired;
+%   - all-zero planes at an end of the range, other than the unpaired plane
+%     -n/2 of an even axis: a range wider than the data, homodyne:badRange
+%     (those zeros would be taken as measured).
+%   DETECTION is a 1x3 struct array as DETECT_RANGES gives it, method 'given'
+%   and ratio the energy of the planes outside relative to their mirrors.
+  names = 'xyz';
+  detection = struct('axis', num2cell(names), 'method', 'given', 'range', ranges, 'ratio', 0, 'one_sided', false);
+  for axis = 1:3
+    r = ranges{axis};
+    if isempty(r)
+      continue;
+    end
+    r = double(full(r(:)'));
+    energy = profiles{axis};
+    n = sizes(axis);
+    centre = floor(n / 2) + 1;
+    inside = r(1) + centre:r(2) + centre;
+    outside = setdiff(1:n, inside);
+    partners = 2 * centre - outside;
+    mirrored = partners >= 1 & partners <= n;
+    ratio = sum(energy(outside)) / max(sum(energy(partners(mirrored))), realmin);
+    if isempty(outside)
+      ratio = 0;
+    end
+    detection(axis).ratio = ratio;
+    held = find(energy(inside) > 0);
+    text = mat2str(r);
+    if ratio >= 0.5 && any(energy(outside) > 0)
+      homodyne_error(wrapper, 'badRange', ['%s %s leaves out planes that hold data (%.2g of the energy of ' ...
+                     'their mirror planes inside the range): is it the range of another axis, or too narrow?'], ...
+                     labels{axis}, text, ratio);
+    elseif isempty(held)
+      homodyne_error(wrapper, 'badRange', '%s %s holds only zeros.', labels{axis}, text);
+    end
+    first = r(1) + held(1) - 1;
+    last = r(1) + held(end) - 1;
+    if last < r(2) || first > r(1) + (r(1) == -n / 2)
+      homodyne_error(wrapper, 'badRange', ['%s %s is wider than the data along %s: the planes from k = %d to %d ' ...
+                     'hold data, the rest of the range only zeros, which would be taken as measured.'], ...
+                     labels{axis}, text, names(axis), first, last);
+    end
+  end
+end
