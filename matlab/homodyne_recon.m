@@ -48,8 +48,10 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %       missed; no fully sampled case gave it). Energies are not judged with fewer than 16
 %       samples per plane.
 %   Given ranges are checked against the data (homodyne:badRange): planes
-%   outside a range that carry data (at least half the energy of their
-%   mirror planes: a range of another axis, or too narrow), and all-zero
+%   outside a range that carry data (at least 0.6 of the energy of their
+%   mirror planes: a range of another axis, or too narrow; measured 0.96
+%   for a y range given as x, at most 0.017 for unacquired lines holding
+%   noise at SNR 20 and 0.44 at SNR 3), and all-zero
 %   planes at an end of a range (wider than the data; the unpaired plane
 %   -n/2 of an even axis may be zero). Planes outside the ranges that hold
 %   only noise or filler are set to zero before reconstruction.

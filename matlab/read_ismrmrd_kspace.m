@@ -57,12 +57,14 @@ function [kspace, acq] = read_ismrmrd_kspace(file, varargin)
 %
 %   Every fault of the file (missing, not HDF5, no ISMRMRD dataset, truncated,
 %   absurd sizes, no readouts) raises an error with identifier
-%   homodyne:badFile whose message starts with the file name.
+%   homodyne:badFile, its message 'read_ismrmrd_kspace: FILE: fault'. Wrong
+%   arguments and options raise homodyne:usage and homodyne:badOption, as in
+%   every function of the toolbox (see HOMODYNE_RECON).
 %
 %   Example:
 %     system('ismrmrd_generate_cartesian_shepp_logan -m 128 -c 4 -C -o sl.h5');
 %     [kspace, acq] = read_ismrmrd_kspace('sl.h5');
-%     img = homodyne_recon(kspace, 'Ranges', acq.ranges);
+%     img = homodyne_recon(kspace, acq);            % the ranges of acq
 %     combined = sqrt(sum(abs(img).^2, 4));       % root sum of squares
 %
 %   See also HOMODYNE_RECON.

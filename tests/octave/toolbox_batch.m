@@ -213,6 +213,12 @@ function calls = named_calls()
   calls = add(calls, 'homodyne_recon', {noisy}, 4, detected('energy', [-3 11]));
   calls = add(calls, 'homodyne_recon', {noisy_full}, 4, @(o) isequal({o{4}.detection.method}, {'full', 'full', 'full'}));
   calls = add(calls, 'homodyne_recon', {zeros_pf}, 4, @(o) detected('zeros', [-3 11])(o) && o{4}.detection(2).ratio == 0);
+  % Unacquired lines at a quarter of the power of the mirror of the last one: not
+  % clearly missing, but one-sided.
+  strong = sum(sum(abs(Q(:, 17, :)).^2)) / numel(Q(:, 17, :));
+  weak = Q;
+  weak(:, 1:9, :) = sqrt(strong / 4) * exp(2i * pi * rand(32, 9, 8));
+  calls(end + 1, :) = {'homodyne_recon', {weak}, 1, @(o) strcmp(o{1}, 'homodyne:oneSided'), @warning_of_recon};
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], 5/8}}, 1, @(o) isequal(o{1}, reference));
   calls = add(calls, 'homodyne_recon', {noisy, struct('ranges', {{[], [-3 11]}})}, 1, ...
               @(o) isequal(o{1}, homodyne_recon(noisy, 'Ranges', {[], [-3 11], []})));
