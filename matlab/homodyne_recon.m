@@ -53,7 +53,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   for a y range given as x, at most 0.017 for unacquired lines holding
 %   noise at SNR 20 and 0.44 at SNR 3), and all-zero
 %   planes at an end of a range (wider than the data; the unpaired plane
-%   -n/2 of an even axis may be zero). Planes outside the ranges that hold
+%   -n/2 of an even axis may be zero), or for an axis given as [], at one
+%   end only (two planes or more beyond those at the other end). Planes outside the ranges that hold
 %   only noise or filler are set to zero before reconstruction.
 %   Only one of 'Ranges', 'PartialFourier' and 'Acquisition' may be given.
 %   A range must be ordered and lie within its axis. An axis on which

@@ -13,19 +13,22 @@ function detection = check_given_ranges(wrapper, ranges, labels, sizes, profiles
 %     energy at SNR 20, 0.44 at SNR 3);
 %   - all-zero planes at an end of the range, other than the unpaired plane
 %     -n/2 of an even axis: a range wider than the data, homodyne:badRange
-%     (those zeros would be taken as measured).
+%     (those zeros would be taken as measured). For an axis given as [],
+%     all-zero planes at one end that outnumber those at the other by two
+%     or more (the unpaired plane aside): lines not acquired, not padding.
 %   DETECTION is a 1x3 struct array as DETECT_RANGES gives it, method 'given'
 %   and ratio the energy of the planes outside relative to their mirrors.
   names = 'xyz';
   detection = struct('axis', num2cell(names), 'method', 'given', 'range', ranges, 'ratio', 0, 'one_sided', false);
   for axis = 1:3
     r = ranges{axis};
+    energy = profiles{axis};
+    n = sizes(axis);
     if isempty(r)
+      refuse_one_sided_zeros(wrapper, labels{axis}, names(axis), energy, n);
       continue;
     end
     r = double(full(r(:)'));
-    energy = profiles{axis};
-    n = sizes(axis);
     centre = floor(n / 2) + 1;
     inside = r(1) + centre:r(2) + centre;
     outside = setdiff(1:n, inside);
@@ -52,5 +55,19 @@ function detection = check_given_ranges(wrapper, ranges, labels, sizes, profiles
                      'hold data, the rest of the range only zeros, which would be taken as measured.'], ...
                      labels{axis}, text, names(axis), first, last);
     end
+  end
+end
+
+function refuse_one_sided_zeros(wrapper, label, name, energy, n)
+  held = find(energy > 0);
+  if isempty(held)
+    return;
+  end
+  low = held(1) - 1 - (held(1) > 1 && mod(n, 2) == 0);   % the unpaired plane -n/2 aside
+  high = n - held(end);
+  if abs(low - high) >= 2
+    k = held([1 end]) - 1 - floor(n / 2);
+    homodyne_error(wrapper, 'badRange', ['%s [] takes the axis as fully sampled, but only the planes ' ...
+                   'from k = %d to %d along %s hold data; give their range [%d %d].'], label, k(1), k(2), name, k(1), k(2));
   end
 end

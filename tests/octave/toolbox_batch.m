@@ -225,6 +225,7 @@ function calls = named_calls()
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], -5/8}}, 1, {'homodyne:badRange', 'leaves out planes that hold data'});
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'Ranges', {[-3 11]}}, 1, {'homodyne:badRange', '''Ranges'' x range [-3 11] leaves out'});
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'Ranges', {[], [-6 11]}}, 1, {'homodyne:badRange', 'wider than the data along y: the planes from k = -3 to 11'});
+  calls = add(calls, 'homodyne_recon', {zeros_pf, 'Ranges', {[-16 15]}}, 1, {'homodyne:badRange', 'y range [] takes the axis as fully sampled, but only the planes from k = -3 to 11'});
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'Ranges', {[]}, 'PartialFourier', {[]}}, 1, {'homodyne:badOption', 'give the sampled ranges once'});
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], 3/8}}, 1, {'homodyne:badOption', 'fraction from 0.5 to 1'});
   % 2-D coil images stacked along dimension 3 warn; 3-D k-space does not.
