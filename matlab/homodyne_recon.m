@@ -270,7 +270,7 @@ end
 function [kspace, ranges, labels, detection] = sampled_ranges(wrapper, kspace, options)
   sizes = [size(kspace, 1), size(kspace, 2), size(kspace, 3)];
   sources = {'Ranges', 'PartialFourier', 'Acquisition'};
-  given = sources(~cellfun(@(name) isempty(options.(name)), sources));
+  given = sources(cellfun(@(name) ~isnumeric(options.(name)), sources));   % not the default []: {} is all []
   if numel(given) > 1
     homodyne_error(wrapper, 'badOption', 'give the sampled ranges once: ''%s'' and ''%s'' both given.', given{1:2});
   end
