@@ -74,9 +74,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   their median plane, and no z plane within |kz| <= floor(nz/8) holding
 %   1.8x the median z plane (measured on phantoms of 4 to 32 planes: true
 %   3-D k-space 2.5-24x, 3.8x or more with its kz peak moved by up to nz/8
-%   planes (nz >= 8);
-%   stacked slice and coil k-spaces 0.97-1.45x, 1.81x at 4 coils of random
-%   gains, which is missed). Store such data as
+%   planes (nz >= 8); stacked slice and coil k-spaces 0.97-1.45x, 1.81x at
+%   4 coils of random gains, which is missed). Store such data as
 %   nx x ny x 1 x nc.
 %
 %   Options (name/value pairs, names in any case):
