@@ -56,7 +56,7 @@ bench: mex
 	@scripts/ensure_deps.sh $(BENCH_PACKAGES) bart octave-bart
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
 	cmake --build $(BUILD_DIR) -j2 --target core_bench
-	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
+	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); addpath('tests/common'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
 
 # The Octave package: out/homodyne-<version>.tar.gz, the version taken from
 # package/DESCRIPTION. Users type: pkg install out/homodyne-<version>.tar.gz

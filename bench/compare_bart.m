@@ -27,7 +27,7 @@ function report = compare_bart(results_file)
 %   memory to memory.
 %
 %   Example (from the repository root, after make mex):
-%     addpath('matlab'); addpath('bench'); compare_bart
+%     addpath('matlab'); addpath('bench'); addpath('tests/common'); compare_bart
 %
 %   See also RUN_BENCHMARKS, MACHINE_DESCRIPTION.
 
@@ -63,13 +63,13 @@ function report = compare_bart(results_file)
   rows = {};
   for c = 1:numel(cases)
     k = cases(c).kspace;
-    rows(end + 1, :) = {cases(c).name, 'zero filled', nrmse(zero_filled(k), reference), NaN, NaN};
+    rows(end + 1, :) = {cases(c).name, 'zero filled', nrmse(abs(centred_idft(k)), reference), NaN, NaN};
     [img, seconds] = median_time(@() homodyne_recon(k));
-    rows(end + 1, :) = {'', 'homodyne_recon', nrmse(img, reference), seconds, NaN};
+    rows(end + 1, :) = {'', 'homodyne_recon', nrmse(abs(img), reference), seconds, NaN};
     for order = 1:size(cases(c).bart_orders, 1)
       dims = cases(c).bart_orders(order, :);
       [img, command_seconds, wrapper_seconds] = run_bart(k, dims, cases(c).mirrored_for_bart);
-      rows(end + 1, :) = {'', bart_label(dims), nrmse(img, reference), command_seconds, wrapper_seconds};
+      rows(end + 1, :) = {'', bart_label(dims), nrmse(abs(img), reference), command_seconds, wrapper_seconds};
     end
   end
 
@@ -85,14 +85,6 @@ function report = compare_bart(results_file)
   publish_report(report, results_file);
 end
 
-function e = nrmse(estimate, reference)
-  e = norm(double(abs(estimate(:))) - double(reference(:))) / norm(double(reference(:)));
-end
-
-function x = zero_filled(k)
-  x = fftshift(ifftn(ifftshift(k)));
-end
-
 % Median wall time of three runs after a warm-up run, with the last result.
 function [result, seconds] = median_time(fn)
   fn();
@@ -105,18 +97,12 @@ function [result, seconds] = median_time(fn)
   seconds = median(times);
 end
 
-% k -> -k along one axis of centred data: a flip, and on an even axis a
-% shift by one, since the lowest coordinate -n/2 has no partner.
-function x = mirror(x, dim)
-  x = circshift(flip(x, dim), mod(size(x, dim) + 1, 2), dim);
-end
-
 % BART's homodyne along DIMS (1-based, in order), the first call on k-space
 % and every further one on the image of the one before ('-I'). Dimensions
 % listed in MIRRORED are mirrored for BART and its image mirrored back.
 function [img, command_seconds, wrapper_seconds] = run_bart(k, dims, mirrored)
   for dim = mirrored
-    k = mirror(k, dim);
+    k = mirror_k(k, dim);
   end
   commands = cell(1, numel(dims));
   for a = 1:numel(dims)
@@ -151,7 +137,7 @@ function [img, command_seconds, wrapper_seconds] = run_bart(k, dims, mirrored)
   [img, wrapper_seconds] = median_time(@() chained_bart(k, commands));
   img = abs(img) / sqrt(numel(k));
   for dim = mirrored
-    img = mirror(img, dim);
+    img = mirror_k(img, dim);
   end
 end
 

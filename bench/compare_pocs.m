@@ -20,7 +20,7 @@ function report = compare_pocs(core_bench)
 %   Each ratio is taken within one run; the goals are printed beside them.
 %
 %   Example (from the repository root, after make mex and building core_bench):
-%     addpath('matlab'); addpath('bench'); disp(compare_pocs('build/bench/core_bench'))
+%     addpath('matlab'); addpath('bench'); addpath('tests/common'); disp(compare_pocs('build/bench/core_bench'))
 %
 %   See also RUN_BENCHMARKS, POCS_VECTORIZED, COMPARE_BART.
 
@@ -40,7 +40,7 @@ function report = compare_pocs(core_bench)
   object = reference > 0.1 * max(reference(:));
   sigma = mean(reference(object)) / 20 * sqrt(prod(sizes));   % k-space sigma for image SNR 20
   randn('seed', 20);
-  noise = single(sigma / sqrt(2) * complex(randn(sizes), randn(sizes)));
+  noise = sigma / sqrt(2) * random_complex(sizes);
 
   rows = {};
   ratios = [];
@@ -48,7 +48,7 @@ function report = compare_pocs(core_bench)
     for c = 1:numel(cases)
       k = full + noisy * noise;
       k = cut(k, cases(c).ranges);
-      zero = abs(fftshift(ifftn(ifftshift(k))));
+      zero = abs(centred_idft(k));
       one_pass = homodyne_recon(k, 'Method', 'homodyne', 'Ranges', cases(c).ranges);
       started = tic;
       [pocs, ~, ~, info] = homodyne_recon(k, 'Output', 'magnitude', 'Ranges', cases(c).ranges, 'Threads', 1);
@@ -61,10 +61,9 @@ function report = compare_pocs(core_bench)
       started = tic;
       vectorized = pocs_vectorized(k, cases(c).ranges, info.iterations, info.constraint{1});
       vectorized_seconds = toc(started);
-      fully_sampled = abs(fftshift(ifftn(ifftshift(full + noisy * noise))));
+      fully_sampled = abs(centred_idft(full + noisy * noise));
       bart_img = bart_homodyne(k, cases(c).ranges);
-      errors = [nrmse(fully_sampled, reference), nrmse(zero, reference), nrmse(bart_img, reference), ...
-                nrmse(one_pass, reference), nrmse(pocs, reference), nrmse(vectorized, reference)];
+      errors = cellfun(@(img) nrmse(abs(img), reference), {fully_sampled, zero, bart_img, one_pass, pocs, vectorized});
       ratios(end + 1) = errors(5) / errors(3);
       noise_text = 'none';
       if noisy
@@ -108,10 +107,6 @@ function k = cut(k, ranges)
   end
 end
 
-function e = nrmse(estimate, reference)
-  e = norm(double(abs(estimate(:))) - double(reference(:))) / norm(double(reference(:)));
-end
-
 % bart homodyne from memory (octave-bart), one call per partial axis, the
 % second on the image of the first; bart wants the acquired part at the
 % low-index end (axes missing their negative end are mirrored for it) and a
@@ -137,7 +132,7 @@ function img = bart_homodyne(k, ranges)
     commands{end + 1} = sprintf('homodyne %s%d %.6f', image_input, axis - 1, fraction);
   end
   for axis = mirrored
-    k = mirror(k, axis);
+    k = mirror_k(k, axis);
   end
   img = k;
   for c = 1:numel(commands)
@@ -145,12 +140,8 @@ function img = bart_homodyne(k, ranges)
   end
   img = abs(img) / sqrt(numel(k));
   for axis = mirrored
-    img = mirror(img, axis);
+    img = mirror_k(img, axis);
   end
-end
-
-function x = mirror(x, dim)
-  x = circshift(flip(x, dim), mod(size(x, dim) + 1, 2), dim);
 end
 
 % Mean real time of one POCS iteration (both constraint forms) and of its

@@ -52,8 +52,8 @@ function img = homodyne_recon_vectorized(kspace, ranges)
     weights = weights .^ (1 / weighted);
   end
 
-  lowres = centred_ifft3(kspace(block{:}));
-  img = centred_ifft3(kspace .* weights);
+  lowres = centred_idft(kspace(block{:}));
+  img = centred_idft(kspace .* weights);
   volumes = prod(sizes(4:end));
   for v = 1:volumes
     phasor = conj(lowres_on_grid(lowres(:, :, :, v), sizes(1:3)));
@@ -69,13 +69,6 @@ function w = axis_ramp(k, first, class_name)
   t = k / first;
   w = (1 - t .^ 2) .* (k > first & k < 0) + (1 + t .^ 2) .* (k >= 0 & k < -first) + 2 * (k >= -first);
   w = cast(w, class_name);
-end
-
-% Inverse DFT over the first three axes, origin at index floor(n/2)+1 on both sides.
-function x = centred_ifft3(x)
-  for d = 1:3
-    x = fftshift(ifft(ifftshift(x, d), [], d), d);
-  end
 end
 
 % LOWRES (one volume) interpolated at SIZES points per axis, spread evenly

@@ -26,8 +26,8 @@ function results = time_mex_commands(repeats)
     repeats = 7;
   end
   sizes = [256 256 128];
-  data = complex(single(randn(sizes)), single(randn(sizes)));
-  lowres = complex(single(randn(64, 64, 32)), single(randn(64, 64, 32)));
+  data = random_complex(sizes);
+  lowres = random_complex(64, 64, 32);
   weights = single(rand(sizes));
   ranges = {{[-80 127], [], []}, {[-80 127], [-80 127], []}, {[-80 127], [-80 127], [-40 63]}};
   calls = [cellfun(@filter_call, ranges, 'UniformOutput', false), {'homodyne_mex(''multiply'', work, lowres)'}];

@@ -58,9 +58,9 @@ function [block, weighted] = homodyne_filter(kspace, kx, ky, kz, varargin)
   end
   try
     require_module(wrapper);
-    kspace = checked_array(wrapper, 'KSPACE', kspace);
+    [kspace, scale] = checked_array(wrapper, 'KSPACE', kspace);
     plan = plan_axes(wrapper, {kx, ky, kz}, {'KX', 'KY', 'KZ'}, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
-    [work, scale] = working_copy(kspace);
+    work = working_copy(kspace, scale);
     mirrored = find(plan.mirrored);
     [block, work] = weight_kspace(mirror_axes(work, mirrored), plan.mex_ranges);
     block = restored(wrapper, 'BLOCK', mirror_axes(block, mirrored), scale, class(kspace), true);

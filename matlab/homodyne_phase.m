@@ -43,8 +43,8 @@ function corrected = homodyne_phase(image, lowres, varargin)
   end
   try
     require_module(wrapper);
-    image = checked_array(wrapper, 'IMAGE', image);
-    lowres = checked_array(wrapper, 'LOWRES', lowres);
+    [image, scale] = checked_array(wrapper, 'IMAGE', image);
+    [lowres, lowres_scale] = checked_array(wrapper, 'LOWRES', lowres);
     dims = max(ndims(image), ndims(lowres));
     [image_sizes, lowres_sizes] = deal(size(image), size(lowres));
     image_sizes(end + 1:dims) = 1;
@@ -54,8 +54,7 @@ function corrected = homodyne_phase(image, lowres, varargin)
                      'from dimension 4 on: one low-resolution volume per image volume.'], ...
                      size_text(lowres), size_text(image));
     end
-    [work, scale] = working_copy(image);
-    work = remove_phase(work, working_copy(lowres));
+    work = remove_phase(working_copy(image, scale), working_copy(lowres, lowres_scale));
     corrected = restored(wrapper, 'CORRECTED', work, scale, class(image), iscomplex(image));
   catch err
     homodyne_error(wrapper, err);

@@ -160,8 +160,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   core HOMODYNE_RECON_MEX, which never writes into its inputs. POCS runs
 %   its iterations with FFTs along the partial axes only, planned by timing
 %   (FFTW_MEASURE): the first call for a new image size and set of partial
-%   axes in a session spends about 1-10 s planning (256 x 256 x 64 here);
-%   later calls reuse the plans. Measured plans may differ between sessions,
+%   axes in a session spends at most about half a second per transform
+%   planning; later calls reuse the plans. Measured plans may differ between sessions,
 %   so POCS results may differ between sessions by single-precision
 %   rounding; within a session they are repeatable.
 %
@@ -197,7 +197,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
   try
     started = tic;
     require_module(wrapper);
-    kspace = checked_array(wrapper, 'KSPACE', kspace);
+    [kspace, scale] = checked_array(wrapper, 'KSPACE', kspace);
     % One row per option: name, default, validator, what a valid value is.
     % The core checks the domains of its numeric options itself.
     number = @(v) isnumeric(v) && isscalar(v) && isreal(v);
@@ -223,7 +223,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     [kspace, ranges, labels, detection] = sampled_ranges(wrapper, kspace, options);
     options = rmfield(options, {'PartialFourier', 'Acquisition'});
     if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
-      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, ranges, labels, options, nargout);
+      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, scale, ranges, labels, options, nargout);
       info.detection = detection;
       return;
     end
@@ -234,7 +234,7 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     info.seconds.ranges = toc(started);
 
     step = tic;
-    [work, scale] = working_copy(kspace);
+    work = working_copy(kspace, scale);
     work = mirror_axes(work, find(plan.mirrored));
     [block, work] = weight_kspace(work, plan.mex_ranges);
     info.seconds.filter = toc(step);
@@ -247,7 +247,10 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     step = tic;
     work = remove_phase(work, lowres);
     img = real(work);
-    img(isnan(img)) = 0;   % no phase, and no signal, where the low-resolution image vanishes
+    no_phase = isnan(img);   % where the low-resolution image vanishes: no phase, and no signal
+    if any(no_phase(:))
+      img(no_phase) = 0;
+    end
     img = restored(wrapper, 'IMG', mirror_axes(img, find(plan.mirrored)), scale, class(kspace), false);
     info.seconds.multiply = toc(step);
 

@@ -1,7 +1,8 @@
-function [img, phase, zero_filled, info] = core_recon(wrapper, kspace, ranges, labels, options, outputs)
+function [img, phase, zero_filled, info] = core_recon(wrapper, kspace, scale, ranges, labels, options, outputs)
 %CORE_RECON  HOMODYNE_RECON through the reconstruction core (homodyne_recon_mex).
-%   [IMG, PHASE, ZERO_FILLED, INFO] = CORE_RECON(WRAPPER, KSPACE, RANGES,
-%   LABELS, OPTIONS, OUTPUTS) reconstructs KSPACE (checked by CHECKED_ARRAY)
+%   [IMG, PHASE, ZERO_FILLED, INFO] = CORE_RECON(WRAPPER, KSPACE, SCALE,
+%   RANGES, LABELS, OPTIONS, OUTPUTS) reconstructs KSPACE (checked by
+%   CHECKED_ARRAY, which found its SCALE)
 %   with the sampled RANGES (1x3 cell, LABELS naming each in messages) and
 %   OPTIONS (struct of the core's options: Method, Output, Iterations, ...).
 %   The data reach the core at unit scale (see WORKING_COPY) and the results
@@ -14,7 +15,7 @@ function [img, phase, zero_filled, info] = core_recon(wrapper, kspace, ranges, l
   least_fraction = 0.55 * strcmp(options.Method, 'homodyne');   % POCS weights nothing
   plan = plan_axes(wrapper, ranges, labels, [size(kspace, 1), size(kspace, 2), size(kspace, 3)], least_fraction);
   options.Ranges = plan.ranges;
-  [work, scale] = working_copy(kspace);
+  work = working_copy(kspace, scale);
   if outputs > 1
     [img, core, phase] = homodyne_recon_mex('reconstruct', work, options);
     phase = cast(phase, class(kspace));

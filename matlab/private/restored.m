@@ -11,7 +11,11 @@ function y = restored(wrapper, name, y, scale, class_name, is_complex)
   else
     unit = y;
     y = cast(unit, class_name) * cast(scale, class_name);
-    largest = max(abs(y(:)));
+    if iscomplex(y)
+      largest = max(abs(y(:)));
+    else
+      largest = norm(y(:), Inf);   % max(abs(.)) in one pass
+    end
     if isinf(largest) || (largest < realmin(class_name) && any(unit(:) ~= 0))
       advice = 'scale the data';
       if strcmp(class_name, 'single')

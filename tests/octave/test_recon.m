@@ -8,14 +8,6 @@ function cases = test_recon()
   };
 end
 
-function e = nrmse(estimate, reference)
-  e = norm(double(estimate(:)) - double(reference(:))) / norm(double(reference(:)));
-end
-
-function x = centred_idft(k)
-  x = fftshift(ifftn(ifftshift(k)));
-end
-
 % k = 0 at index floor(n/2)+1 holds the sum of the object.
 function phantom_kspace_is_its_centred_dft(~)
   for sizes = {[16 12 8], [15 11 7], [20 9]}
@@ -63,21 +55,18 @@ function detected_and_known_ranges_agree(~)
   assert(isequal(homodyne_recon(kspace), homodyne_recon(kspace, 'Ranges', {[-8 19], [-18 7]})));
 end
 
-% Coils of a volume and of a slice: one call on the stack gives what a call
-% per coil gives, with ranges detected across all coils.
+% Coils of a volume and of a slice: the ranges are detected across all coils
+% (that a call on the stack gives what a call per coil gives is tested with
+% the core, bit for bit).
 function volumes_reconstructed_independently(~)
   for sizes = {[32 32 8], [32 28]}
-    [image, kspace] = homodyne_phantom(sizes{1});
+    [image, ~] = homodyne_phantom(sizes{1});
     [x, y] = ndgrid(linspace(-1, 1, size(image, 1)), linspace(-1, 1, size(image, 2)));
     coil = @(c) fftshift(fftn(ifftshift(image .* exp(-(x - 0.5 * cos(2 * pi * c / 3)).^2 - (y - 0.5 * sin(2 * pi * c / 3)).^2 + 1i * c * x))));
     stack = single(cat(4, coil(1), coil(2), coil(3)));
     stack(:, 1:12, :, :) = 0;
+    stack(:, 13, :, 2:3) = 0;   % k = 12 - n/2 only in the first coil
     [img, ~, ~, info] = homodyne_recon(stack);
     assert(isequal(size(img), size(stack)) && isequal(info.ranges{2}, [12 - sizes{1}(2) / 2, sizes{1}(2) / 2 - 1]));
-    for c = 1:3
-      one = homodyne_recon(stack(:, :, :, c));
-      difference = img(:, :, :, c) - one;
-      assert(max(abs(difference(:))) < 1e-5 * max(abs(one(:))), 'coil %d of %s', c, mat2str(sizes{1}));
-    end
   end
 end

@@ -10,10 +10,6 @@ function cases = test_recon_core()
   };
 end
 
-function e = nrmse(estimate, reference)
-  e = norm(double(abs(estimate(:))) - double(reference(:))) / norm(double(reference(:)));
-end
-
 function k = centred_dft(x)
   k = fftshift(fftn(ifftshift(x)));
 end
@@ -38,8 +34,8 @@ function pocs_beats_one_pass_on_a_phase_gradient(~)
     [pocs, ~, ~, info] = homodyne_recon(k, 'Output', 'magnitude');
     one_pass = homodyne_recon(k, 'Method', 'homodyne');
     assert(isequal(k, original) && all(isfinite(pocs(:))));
-    assert(nrmse(pocs, reference) < 0.7 * nrmse(one_pass, reference), 'cut %d: pocs %.4f, one pass %.4f', ...
-           c, nrmse(pocs, reference), nrmse(one_pass, reference));
+    errors = [nrmse(pocs, reference), nrmse(abs(one_pass), reference)];
+    assert(errors(1) < 0.7 * errors(2), 'cut %d: pocs %.4f, one pass %.4f', c, errors);
     assert(info.echo_offset(2) == 3 && info.iterations >= 1 && info.iterations <= 20, 'cut %d', c);
   end
 end
@@ -63,8 +59,8 @@ end
 function fully_sampled_gives_inverse_dft_and_zeros_give_zeros(~)
   randn('seed', 5);
   for sizes = {[12 10 6], [9 7]}
-    k = single(complex(randn(sizes{1}), randn(sizes{1})));
-    expected = fftshift(ifftn(ifftshift(double(k))));
+    k = random_complex(sizes{1});
+    expected = centred_idft(double(k));
     [img, phase] = homodyne_recon(k, 'Output', 'complex');
     assert(max(abs(img(:) - expected(:))) < 1e-5 * max(abs(expected(:))), 'size %s', mat2str(sizes{1}));
     strong = abs(expected) > 0.1 * max(abs(expected(:)));

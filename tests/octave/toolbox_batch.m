@@ -1,91 +1,12 @@
-function count = toolbox_batch(kind, seed, first, last, log_file)
-%TOOLBOX_BATCH  Hostile and unusual calls of the toolbox's wrappers FIRST to LAST, in a
-%   child octave-cli of SWEEP_IN_CHILDREN: of the 'named' list (COUNT =
-%   TOOLBOX_BATCH('named', SEED) its length) or 'random', seeded with SEED and K.
-%   LOG_CALLS logs 'S' for a success with finite outputs of the input's class and,
-%   where a row knows it, the right result; 'E' for an error with a homodyne:*
-%   identifier (the row's, if it names one) whose message starts with the wrapper's
-%   name and names an argument; 'F reason' otherwise, or when an input changed.
-  persistent list list_seed
-  if strcmp(kind, 'named') && ~isequal(list_seed, seed)
-    rng(seed, 'twister');
-    list = named_calls();
-    list_seed = seed;
-  end
-  count = size(list, 1);
-  if nargin < 3
-    return;
-  end
-  log_calls(log_file, first:last, @(k) outcome_of(kind, seed, list, k));
-end
-
-function outcome = outcome_of(kind, seed, list, k)
-  if strcmp(kind, 'random')
-    rng(seed * 100003 + k, 'twister');
-    row = random_call();
-  else
-    row = list(k, :);
-  end
-  [name, args, nout, expect, fn] = row{:};
-  if isempty(fn)
-    fn = str2func(name);
-  end
-  reference = cellfun(@unshare, args, 'UniformOutput', false);
-  out = cell(1, nout);
-  try
-    [out{:}] = fn(args{:});
-    outcome = judge_success(name, args, out, expect);
-  catch err
-    outcome = judge_error(name, err, expect);
-  end
-  changed = find(~cellfun(@same_value, args, reference), 1);
-  if ~isempty(changed)
-    outcome = sprintf('F input %d changed (%s)', changed, outcome);
-  end
-end
-
-function outcome = judge_error(name, err, expect)
-  outcome = 'E';
-  names = 'KSPACE|KX|KY|KZ|IMAGE|LOWRES|SIZES|''Ranges''|''PartialFourier''|detected|usage|option|IMG|BLOCK|WEIGHTED|CORRECTED|ZERO_FILLED|module';
-  if ~strncmp(err.identifier, 'homodyne:', 9) || ~strncmp(err.message, [name ': '], numel(name) + 2)
-    outcome = sprintf('F unclear error %s: %s', err.identifier, err.message);
-  elseif isempty(regexp(err.message, names, 'once'))
-    outcome = ['F names no argument: ' err.message];
-  elseif isa(expect, 'function_handle')
-    outcome = ['F refused a valid call: ' err.message];
-  elseif iscell(expect) && (~strcmp(err.identifier, expect{1}) || (~isempty(expect{2}) && isempty(strfind(err.message, expect{2}))))
-    outcome = sprintf('F expected %s "%s", got %s: %s', expect{:}, err.identifier, err.message);
-  end
-end
-
-% Inf never, NaN only where documented: in homodyne_phase's result and in the
-% phase of homodyne_recon, where its image is 0.
-function outcome = judge_success(name, args, out, expect)
-  outcome = 'S';
-  if iscell(expect)
-    outcome = sprintf('F succeeded, expected %s', expect{1});
-    return;
-  end
-  for o = 1:numel(out)
-    x = out{o};
-    if isnumeric(x) && any(isinf(x(:)))
-      outcome = sprintf('F output %d holds Inf', o);
-    elseif isnumeric(x) && any(isnan(x(:))) && ~strcmp(name, 'homodyne_phase') ...
-           && ~(strcmp(name, 'homodyne_recon') && o == 2 && all(out{1}(isnan(x)) == 0))
-      outcome = sprintf('F output %d holds NaN', o);
-    elseif isnumeric(x) && ~strcmp(name, 'homodyne_phantom') && o < 4 && ~strcmp(class(x), class(args{1}))
-      outcome = sprintf('F output %d is %s for %s input', o, class(x), class(args{1}));
-    end
-  end
-  if strcmp(outcome, 'S') && isa(expect, 'function_handle') && ~expect(out)
-    outcome = 'F wrong result';
-  end
-end
-
-% Rows: wrapper, arguments, outputs, expectation (a check of the outputs, {id,
-% message part}, or [] for any clean outcome), and the function to call if not
-% the wrapper itself.
-function calls = named_calls()
+function [calls, outcome_of] = toolbox_batch()
+%TOOLBOX_BATCH  Hostile and unusual calls of homodyne_recon, homodyne_filter,
+%   homodyne_phase and homodyne_phantom for SWEEP_IN_CHILDREN. OUTCOME_OF logs 'S' for
+%   a success with finite outputs of the input's class and, where a row knows it, the
+%   right result; 'E' for an error with a homodyne:* identifier (the row's, if it names
+%   one) whose message starts with the wrapper's name and names an argument; 'F reason'
+%   otherwise, or when an input changed.
+  rng(1, 'twister');
+  outcome_of = @outcome_of;
   calls = cell(0, 5);
   % An object of magnitude m and phase 0.9 on 8 samples: acquired from k = 0
   % up, down to k = 0, and without only the top plane of the even axis (at
@@ -104,7 +25,7 @@ function calls = named_calls()
   calls = add(calls, 'homodyne_recon', {reshape(up, 1, 1, 8), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
   calls = add(calls, 'homodyne_recon', {single(reshape(down, 1, 1, 8)), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
   calls = add(calls, 'homodyne_recon', {top, 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]) ...
-              && max(abs(o{1} - abs(fftshift(ifft(ifftshift(top)))))) < 1e-6);
+              && max(abs(o{1} - abs(centred_idft(top)))) < 1e-6);
   calls = add(calls, 'homodyne_recon', {top.', 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]));
 
   % Partial-Fourier phantom, unit scale; the same data at any scale and in any
@@ -122,7 +43,7 @@ function calls = named_calls()
   end
   calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, unit * 2^-100));   % bit for bit
   for data = {P, double(P), real(P)}   % ZERO_FILLED is abs of the inverse DFT as it is
-    calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, inverse_dft_magnitude(data{1}), 1e-6));
+    calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, abs(centred_idft(data{1})), 1e-6));
   end
   % Images below the normal range of their class would have lost their digits.
   calls = add(calls, 'homodyne_recon', {double(P) * 2^-1070}, 1, {'homodyne:scale', 'scale the data'});
@@ -150,7 +71,7 @@ function calls = named_calls()
   % Fully sampled data of any shape: the magnitude of the plain inverse DFT.
   for sizes = {[7 5 3], [8 6 4 2], [1 9], [5 1 4], [4 4 1 1 2], [3 3 3 2 2]}
     data = complex(randn(sizes{1}), randn(sizes{1}));
-    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(data), 1e-5));
+    calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1}, abs(centred_idft(data)), 1e-5));
   end
 
   % One rule for the ranges of homodyne_filter and one-pass homodyne_recon.
@@ -181,23 +102,22 @@ function calls = named_calls()
   % (geometric mean) and the central block; a range missing its positive end
   % is the mirrored axis weighted (k -> -k: a flip and a shift by one on an
   % even axis); the phase of an image of the data's own size, bit for bit.
-  c3 = complex(single(randn(16, 12, 10)), single(randn(16, 12, 10)));
+  c3 = random_complex(16, 12, 10);
   [b3, w3] = filter_reference(c3, {[-4 7], [-3 5], []});
   calls = add(calls, 'homodyne_filter', {c3, [-4 7], [-3 5]}, 2, @(o) isequal(o{1}, b3) && isequal(o{2}, w3));
   c4 = complex(randn(12, 10, 8, 3), randn(12, 10, 8, 3));
   [b4, w4] = filter_reference(single(c4), {[-3 5], [], [-2 3]});
   calls = add(calls, 'homodyne_filter', {c4, [-3 5], [], [-2 3]}, 2, @(o) isequal(o{1}, double(b4)) && isequal(o{2}, double(w4)));
-  flipped = @(x) circshift(flip(x, 1), 1, 1);
-  [bm, wm] = filter_reference(flipped(single(k16)), {[-3 7], [], []});
-  calls = add(calls, 'homodyne_filter', {k16, [-8 3]}, 2, @(o) isequal(o{1}, double(flip(bm, 1))) && isequal(o{2}, double(flipped(wm))));
-  low = complex(single(randn(10, 8, 6)), single(randn(10, 8, 6)));
+  [bm, wm] = filter_reference(mirror_k(single(k16), 1), {[-3 7], [], []});
+  calls = add(calls, 'homodyne_filter', {k16, [-8 3]}, 2, @(o) isequal(o{1}, double(mirror_k(bm, 1))) && isequal(o{2}, double(mirror_k(wm, 1))));
+  low = random_complex(10, 8, 6);
   for image = {c3(1:10, 1:8, 1:6), real(c3(1:10, 1:8, 1:6)), double(c3(1:10, 1:8, 1:6))}
     calls = add(calls, 'homodyne_phase', {image{1}, low}, 1, @(o) isequal(o{1}, phase_reference(single(image{1}), low)));
   end
   gaps = k16;
   gaps(:, 3:4) = 0;
   calls = add(calls, 'homodyne_recon', {gaps}, 1, {'homodyne:sampling', 'along y are not contiguous (k = -6 .. 5, but nothing from -4 to -3)'});
-  calls = add(calls, 'homodyne_recon', {single(k16)}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(k16), 1e-5));
+  calls = add(calls, 'homodyne_recon', {single(k16)}, 1, @(o) close_to(o{1}, abs(centred_idft(k16)), 1e-5));
 
   % Sampled ranges against the data. A phantom acquired over ky = [-3 11]
   % (5/8 of 24), its unacquired lines holding zeros, filler or noise (SNR 20).
@@ -280,7 +200,67 @@ function calls = named_calls()
   calls = add(calls, 'homodyne_phase', {randn(6, 5), randn(3, 3, 2)}, 1, []);
   filler16 = k16;
   filler16(:, 1:3) = 1e-7;   % detection would call y partial; {} says every axis is whole
-  calls = add(calls, 'homodyne_recon', {filler16, 'ranges', {}}, 1, @(o) close_to(o{1}, inverse_dft_magnitude(filler16), 1e-5));
+  calls = add(calls, 'homodyne_recon', {filler16, 'ranges', {}}, 1, @(o) close_to(o{1}, abs(centred_idft(filler16)), 1e-5));
+end
+
+% Rows: wrapper, arguments, outputs, expectation (a check of the outputs, {id,
+% message part}, or [] for any clean outcome), and the function to call if not
+% the wrapper itself.
+function outcome = outcome_of(row)
+  [name, args, nout, expect, fn] = row{:};
+  if isempty(fn)
+    fn = str2func(name);
+  end
+  reference = cellfun(@unshare, args, 'UniformOutput', false);
+  out = cell(1, nout);
+  try
+    [out{:}] = fn(args{:});
+    outcome = judge_success(name, args, out, expect);
+  catch err
+    outcome = judge_error(name, err, expect);
+  end
+  changed = find(~cellfun(@same_value, args, reference), 1);
+  if ~isempty(changed)
+    outcome = sprintf('F input %d changed (%s)', changed, outcome);
+  end
+end
+
+function outcome = judge_error(name, err, expect)
+  outcome = 'E';
+  names = 'KSPACE|KX|KY|KZ|IMAGE|LOWRES|SIZES|''Ranges''|''PartialFourier''|detected|usage|option|IMG|BLOCK|WEIGHTED|CORRECTED|ZERO_FILLED|module';
+  if ~strncmp(err.identifier, 'homodyne:', 9) || ~strncmp(err.message, [name ': '], numel(name) + 2)
+    outcome = sprintf('F unclear error %s: %s', err.identifier, err.message);
+  elseif isempty(regexp(err.message, names, 'once'))
+    outcome = ['F names no argument: ' err.message];
+  elseif isa(expect, 'function_handle')
+    outcome = ['F refused a valid call: ' err.message];
+  elseif iscell(expect) && (~strcmp(err.identifier, expect{1}) || (~isempty(expect{2}) && isempty(strfind(err.message, expect{2}))))
+    outcome = sprintf('F expected %s "%s", got %s: %s', expect{:}, err.identifier, err.message);
+  end
+end
+
+% Inf never, NaN only where documented: in homodyne_phase's result and in the
+% phase of homodyne_recon, where its image is 0.
+function outcome = judge_success(name, args, out, expect)
+  outcome = 'S';
+  if iscell(expect)
+    outcome = sprintf('F succeeded, expected %s', expect{1});
+    return;
+  end
+  for o = 1:numel(out)
+    x = out{o};
+    if isnumeric(x) && any(isinf(x(:)))
+      outcome = sprintf('F output %d holds Inf', o);
+    elseif isnumeric(x) && any(isnan(x(:))) && ~strcmp(name, 'homodyne_phase') ...
+           && ~(strcmp(name, 'homodyne_recon') && o == 2 && all(out{1}(isnan(x)) == 0))
+      outcome = sprintf('F output %d holds NaN', o);
+    elseif isnumeric(x) && ~strcmp(name, 'homodyne_phantom') && o < 4 && ~strcmp(class(x), class(args{1}))
+      outcome = sprintf('F output %d is %s for %s input', o, class(x), class(args{1}));
+    end
+  end
+  if strcmp(outcome, 'S') && isa(expect, 'function_handle') && ~expect(out)
+    outcome = 'F wrong result';
+  end
 end
 
 function calls = add(calls, name, args, nout, expect)
@@ -328,92 +308,4 @@ end
 % The homodyne weighting of the data, computed independently in single.
 function weighted = weights_of(data, ranges)
   [~, weighted] = filter_reference(single(data), ranges);
-end
-
-% abs of the centred inverse DFT of every volume, with plain 1-D transforms.
-function out = inverse_dft_magnitude(k)
-  out = k;
-  for d = 1:min(3, ndims(k))
-    out = fftshift(ifft(ifftshift(out, d), [], d), d);
-  end
-  out = abs(out);
-end
-
-% A wrapper on random data, stored, typed and scaled at random, with ranges
-% from valid to hostile. Where the data are a re-stored or scaled copy of
-% plain single data, the call must give what the plain data give, scaled
-% back, or the same refusal.
-function row = random_call()
-  sizes = [randi([1 9], 1, randi([2 3])), randi([1 2], 1, randi([0 2]))];
-  base = single(randn(sizes));
-  if rand() < 0.6
-    base = complex(base, single(randn(sizes)));
-  end
-  base(:, 1:randi([0 floor(sizes(2) / 2)]), :) = 0;
-  [data, scale] = deal(base, 1);
-  switch randi(7)
-    case 1
-      scale = pick({1, 1e300, 1e-300, 2^-1000, 1e200});
-      data = double(base) * scale;
-    case 2
-      scale = pick({1e-22, 1e37, 1e-30, 2^100});
-      data = base * scale;
-    case 3
-      if ismatrix(base) && isreal(base)
-        data = sparse(double(base));
-      end
-    case 4
-      if ismatrix(base) && sizes(1) == sizes(2)
-        data = diag(diag(base)) * (1 + 2i);
-        base = complex(full(real(data)), full(imag(data)));
-      end
-    case 5
-      if isreal(base)
-        data = complex(base);   % an imaginary part of zeros
-      end
-    case 6
-      data(max(1, end - 1)) = pick({NaN, Inf, -Inf});
-      scale = NaN;   % no plain counterpart
-  end
-  name = pick({'homodyne_recon', 'homodyne_recon', 'homodyne_filter', 'homodyne_phase'});
-  ranges = {random_range(), random_range(), random_range()};
-  switch name
-    case 'homodyne_recon'
-      args = {data, 'Ranges', ranges};
-      args = args(1:1 + 2 * (rand() < 0.4));
-    case 'homodyne_filter'
-      args = [{data}, ranges(1:randi(3))];
-    otherwise
-      low_sizes = [max(1, ceil(sizes(1:min(3, end)) / 2)), sizes(4:end)];
-      args = {data, complex(randn(low_sizes), randn(low_sizes))};
-  end
-  args = args(1:end - (rand() < 0.1));
-  expect = [];
-  if ~isempty(args) && ~isnan(scale)
-    expect = plain_outcome(name, args, base, scale);
-  end
-  row = {name, args, randi(2 + 2 * strcmp(name, 'homodyne_recon') - strcmp(name, 'homodyne_phase')), expect, []};
-end
-
-function expect = plain_outcome(name, args, base, scale)
-  args{1} = base;
-  try
-    reference = feval(name, args{:});
-    expect = @(o) close_to(o{1} / scale, reference, 1e-4);
-  catch err
-    expect = {err.identifier, ''};
-  end
-end
-
-function range = random_range()
-  ends = [-8 -6 -4 -3 -2 -1 -0.5 0 1 2 3 4 5 7 9 NaN Inf -Inf 1e300 -1e300 2^31];
-  range = ends(randi(numel(ends), 1, 2));
-  if rand() < 0.4
-    range = sort(round(range .* (abs(range) < 10)));
-  end
-  range = pick({range, range, range, [], 'ab', {1}, [1 2 3], int8([-2 3]), sparse([-2 3]), [-2 3] + 1i, -2, ones(2)});
-end
-
-function item = pick(items)
-  item = items{randi(numel(items))};
 end

@@ -1,4 +1,4 @@
-// calculate_filter: the worked table, acceptance and rejection of ranges, and
+// calculate_filter: the worked table with accepted and rejected ranges, and
 // the weight curve against a reference built from the homodyne rule.
 
 #include <gtest/gtest.h>
@@ -63,10 +63,11 @@ TEST(CalculateFilter, WorkedAndEdgeCases)
     struct Case {
         int n;
         double first, last;
-        int lower, upper;
-        std::vector<double> weights;  // not checked when empty
+        int lower, upper;             // -5 (left alone) where the range is rejected
+        std::vector<double> weights;  // not checked when empty; untouched (-7) where rejected
     };
-    const Case accepted[] = {
+    const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
+    const Case cases[] = {
         // The worked table.
         {8, -2, 3, 2, 6, {0, 0, 0, 0.75, 1, 1.25, 2, 2}},
         {7, -2, 3, 1, 5, {0, 0, 0.75, 1, 1.25, 2, 2}},
@@ -93,13 +94,28 @@ TEST(CalculateFilter, WorkedAndEdgeCases)
         // a and -a outside a 4-sample axis: P = Q = 0, Z = 2; rule 2 writes 2
         // everywhere, rule 3 overwrites position 1 with 2 - (0.5^2 + 1).
         {4, -10, 12, 0, 0, {2, 0.75, 2, 2}},
+        // Rejected: nothing written.
+        {8, -3, 3, -5, -5, {}},     // symmetric: fraction exactly 1
+        {8, -64, 40, -5, -5, {}},   // missing part at the positive end
+        {8, -1, 20, -5, -5, {}},    // below 55 %
+        {8, -1, 15, -5, -5, {}},    // 17/31, just below 55 %
+        {8, 0, 5, -5, -5, {}},      // 6/11: a = 0 accepts b = 1 .. 4 only
+        {8, -2, -1, -5, -5, {}},    // negative second element: negative fraction
+        {8, 3, 9, -5, -5, {}},      // both ends positive
+        {8, 0, 0, -5, -5, {}},
+        {8, nan, 4, -5, -5, {}},
+        {8, -inf, 4, -5, -5, {}},
+        {8, -1e300, 1e300, -5, -5, {}},
     };
-    for (const Case& c : accepted) {
+    for (const Case& c : cases) {
         const Result r = run(c.n, c.first, c.last);
-        ASSERT_EQ(r.accepted, 1) << c.n << " [" << c.first << ", " << c.last << "]";
+        const bool accepted = c.lower != -5;
+        ASSERT_EQ(r.accepted, accepted ? 1 : 0) << c.n << " [" << c.first << ", " << c.last << "]";
         EXPECT_EQ(r.bounds[0], c.lower) << c.n << " [" << c.first << ", " << c.last << "]";
         EXPECT_EQ(r.bounds[1], c.upper) << c.n << " [" << c.first << ", " << c.last << "]";
-        if (!c.weights.empty()) {
+        if (!accepted) {
+            EXPECT_EQ(r.weights, std::vector<float>(c.n, -7.0f));
+        } else if (!c.weights.empty()) {
             expect_weights_near(r.weights, c.weights);
         }
     }
@@ -126,32 +142,6 @@ TEST(CalculateFilter, CurveMatchesDefinitionBitForBit)
                         << "n " << n << " range [" << a << ", " << b << "]";
                 }
             }
-        }
-    }
-}
-
-TEST(CalculateFilter, RejectedRangesWriteNothing)
-{
-    const double rejected[][2] = {
-        {-3, 3},    // symmetric: fraction exactly 1
-        {-64, 40},  // missing part at the positive end
-        {-1, 20},   // below 55 %
-        {-1, 15},   // 17/31, just below 55 %
-        {0, 5},     // 6/11: a = 0 accepts b = 1 .. 4 only
-        {-2, -1},   // negative second element: negative fraction
-        {3, 9},     // both ends positive
-        {0, 0},
-        {std::numeric_limits<double>::quiet_NaN(), 4},
-        {-std::numeric_limits<double>::infinity(), 4},
-        {-1e300, 1e300},
-    };
-    for (const auto& range : rejected) {
-        const Result r = run(8, range[0], range[1]);
-        EXPECT_EQ(r.accepted, 0) << range[0] << " " << range[1];
-        EXPECT_EQ(r.bounds[0], -5);
-        EXPECT_EQ(r.bounds[1], -5);
-        for (float w : r.weights) {
-            EXPECT_EQ(w, -7.0f);
         }
     }
 }

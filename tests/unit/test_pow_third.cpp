@@ -1,7 +1,8 @@
 // PowThirdOfProducts against the library pow on the single-precision
 // product, bit for bit: every triple of three homodyne ramps, special and
 // extreme weights, and products whose root lies so close to the midpoint
-// between two floats that only pow can settle them.
+// between two floats that only pow can settle them; and the worked value of
+// the weighting that uses it.
 
 #include <gtest/gtest.h>
 
@@ -80,4 +81,18 @@ TEST(PowThird, RootsNextToAFloatMidpoint)
     for (const auto& t : triples) {
         EXPECT_EQ(mismatches({t[0]}, {t[1]}, {t[2]}), 0);
     }
+}
+
+TEST(PowThird, WeightingUsesTheSinglePrecisionExponent)
+{
+    // With three weighted axes the exponent is 1.0f / 3 = 0.3333333432674408.
+    // For p = 0.500000715f that gives 0.793700874f; the exact cube root would
+    // round to 0.793700933f.
+    AxisFilter x, y, z;
+    x.weights = {0.500000715f};
+    y.weights = z.weights = {1.0f};
+    x.weighted = y.weighted = z.weighted = true;
+    float sample = 1.0f;
+    weight_in_place(ComplexPlanes{&sample, nullptr, 1}, VolumeShape{1, 1, 1, 1}, x, y, z);
+    EXPECT_EQ(sample, 0.793700874f);
 }
