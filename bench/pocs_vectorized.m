@@ -47,8 +47,8 @@ function img = pocs_vectorized(kspace, ranges, iterations, constraint)
   end
   measured(block{1}, block{2}, block{3}) = true;
 
-  to_origin = @(x) ifftshift(ifftshift(ifftshift(x, 1), 2), 3);
-  to_centre = @(x) fftshift(fftshift(fftshift(x, 1), 2), 3);
+  to_origin = @(x) ifftshift(x);   % every axis of a 2-D or 3-D array
+  to_centre = @(x) fftshift(x);
   data = to_origin(kspace);
   measured = to_origin(measured);
   phase = ifftn(to_origin(kspace .* window));

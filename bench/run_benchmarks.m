@@ -41,11 +41,13 @@ function run_benchmarks(core_bench, results_file)
   accuracy = compare_bart();
   fprintf(2, 'run_benchmarks: POCS beside one-pass homodyne, bart and vectorized Octave\n');
   pocs = compare_pocs(core_bench);
+  fprintf(2, 'run_benchmarks: noisy partial Fourier, single coil and 8 coils\n');
+  coils = compare_coils();
 
   report = [header_markdown(measured, machine), ...
             performance_markdown(commands, calls, recon), ...
             interpolation_markdown(interpolation), ...
-            regexprep(accuracy, '^#', '##', 'lineanchors'), pocs];
+            regexprep(accuracy, '^#', '##', 'lineanchors'), pocs, coils];
   publish_report(report, results_file);
 end
 

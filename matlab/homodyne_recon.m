@@ -1,9 +1,10 @@
-function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
+function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace, varargin)
 %HOMODYNE_RECON  Partial-Fourier reconstruction: POCS or one-pass homodyne.
 %
 %   IMG = HOMODYNE_RECON(KSPACE)
 %   IMG = HOMODYNE_RECON(KSPACE, 'Method', 'pocs' | 'homodyne', 'Output', ...)
-%   [IMG, PHASE, ZERO_FILLED, INFO] = HOMODYNE_RECON(...)
+%   IMG = HOMODYNE_RECON(KSPACE, 'Coils', DIM, 'NoiseCovariance', C, ...)
+%   [IMG, PHASE, ZERO_FILLED, INFO, SENSITIVITIES] = HOMODYNE_RECON(...)
 %
 %   KSPACE is single or double, real or complex, finite, 2-D or 3-D k-space,
 %   centred: k = 0 sits at index floor(n/2)+1 of each of the first three
@@ -28,8 +29,10 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %       planes (a fractional line counts as acquired): 5/8 of 128 is
 %       [-16 63], -5/8 of 100 is [-50 12].
 %     'Acquisition', ACQ, or ACQ as the second argument: the struct of
-%       READ_ISMRMRD_KSPACE; its ranges are used. (Its coils, dimension 4,
-%       are reconstructed as independent volumes; its noise scan is not used.)
+%       READ_ISMRMRD_KSPACE; its ranges are used, and unless the call names
+%       'Coils' or 'NoiseCovariance', its coils (dimension 4, when more than
+%       one) are combined as with 'Coils', 4 and its noise scan, scaled by
+%       ACQ.noise_variance_scale, prewhitens them as 'NoiseCovariance'.
 %     detection, when none of these is given. Per axis, first the planes
 %       holding any non-zero sample in any volume (non-zero planes with gaps
 %       between them are refused); where no plane is all zero, the plane
@@ -75,8 +78,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   1.8x the median z plane (measured on phantoms of 4 to 32 planes: true
 %   3-D k-space 2.5-24x, 3.8x or more with its kz peak moved by up to nz/8
 %   planes (nz >= 8); stacked slice and coil k-spaces 0.97-1.45x, 1.81x at
-%   4 coils of random gains, which is missed). Store such data as
-%   nx x ny x 1 x nc.
+%   4 coils of random gains, which is missed). Pass such data with
+%   'Dims', 2 (slices) or 'Coils', 3 (coils).
 %
 %   Options (name/value pairs, names in any case):
 %     'Method'      'pocs' (default) or 'homodyne'. POCS alternates two
@@ -125,7 +128,63 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %   An echo away from the nominal centre (a linear phase ramp) is followed:
 %   POCS centres its phase window on the k-space peak of each partial axis.
 %
-%   Outputs, all of KSPACE's class and of its size:
+%   Receive coils and noise:
+%     'Coils'       DIM, the dimension (3 or higher) that holds the receive
+%                   coils. The result is one combined image per remaining
+%                   volume: size 1 along DIM, for both methods and every
+%                   'Output'. 'Coils', 3 makes the data 2-D ('Dims', 2).
+%                   Without it, dimensions 4 and up are independent volumes.
+%     'CoilCombine' 'adaptive' (default): every coil is reconstructed on its
+%                   own, then the coils are combined with sensitivities
+%                   estimated from their calibration images (the windowed
+%                   symmetric centre; the dominant eigenvector of the coils'
+%                   covariance over 5 x 5 voxels), x = sum conj(S_c) x_c.
+%                   The result carries the phase of the strongest coil.
+%                   'rss': the root sum of squares of the coil results, as
+%                   common practice does (no phase).
+%                   Why per coil, then combine: the partial-Fourier step
+%                   needs a smooth phase, and a combined image's phase mixes
+%                   the coils' phases where their sensitivities overlap;
+%                   per-coil POCS then combination gave 1.4-5x lower
+%                   noiseless error than combination first on 8-coil
+%                   phantoms, the sensitivities 7-17 % lower error than the
+%                   calibration images normalised by their root sum of
+%                   squares. On the bench's 8-coil phantom slices (ky 5/8
+%                   and 3/4) at SNR 20 the adaptive combination has 0.51x
+%                   the error of the fully sampled RSS image and 0.50x that
+%                   of bart's per-coil homodyne + RSS, where per-coil POCS
+%                   + RSS has 0.89-0.93x the floor (make bench).
+%     'NoiseCovariance'  the coils' noise covariance (coils x coils), or a
+%                   noise-only scan with the coils along DIM. The coils are
+%                   prewhitened before anything else (scaled so that the
+%                   data keep their units); the noise level comes from it.
+%                   Without 'Coils', a scalar is the noise power per sample.
+%     'NoiseAdaptive'  true (default) or false. After the partial-Fourier
+%                   step every synthesised k-space sample (never a measured
+%                   one) is weighted by max(0, 1 - 2 sigma^2 / P), P the
+%                   power of its measured partner at -k smoothed over 5
+%                   samples per axis, sigma^2 the noise power per sample:
+%                   where the partner is below the noise, synthesis adds
+%                   more noise than signal. It runs once on the combined
+%                   image ('adaptive'), else on every coil image (per coil
+%                   it lost 1-11 % against no weighting before RSS on the
+%                   bench's 8-coil cases; on single-coil phantom slices it
+%                   changed the error by +0.0 to +0.7 %, +2 to +9 % on a
+%                   3-D phantom with two partial axes). sigma
+%                   comes from 'NoiseCovariance', else it is estimated per
+%                   coil image from the data (a high-pass of the acquired
+%                   block, robustly fitted: within 6 % on phantoms and
+%                   anatomy at SNR 20 and 50; images of fewer than 1024
+%                   samples are not weighted). On noiseless data the
+%                   estimate is near 0 and the result moves by under 1 %.
+%                   One-pass 'homodyne' with 'Output' 'real' and neither
+%                   coils nor a covariance defaults to false and then is the
+%                   result of earlier releases, bit for bit.
+%     'Dims'        2 or 3 (default; 2 with 'Coils', 3): the number of
+%                   spatial dimensions. With 2, dimension 3 onward are coils
+%                   or volumes, never a transformed axis.
+%
+%   Outputs, all of KSPACE's class and of its size (size 1 along 'Coils'):
 %     IMG          the image in the form of 'Output'. Where the
 %                  low-resolution image is exactly 0 no phase exists: the
 %                  one-pass image is 0 there, and POCS takes phase 0 there
@@ -138,7 +197,8 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %                  when asked for.
 %     ZERO_FILLED  the magnitude of the inverse DFT of KSPACE with the
 %                  planes outside the ranges zero (KSPACE as it is when
-%                  they hold only zeros; computed only when asked for).
+%                  they hold only zeros), the root sum of squares over the
+%                  coils (computed only when asked for).
 %     INFO         struct: ranges (the ranges used, given or detected, in
 %                  KSPACE's own coordinates), detection (1x3 struct array,
 %                  per axis: axis 'x', 'y' or 'z'; method 'zeros', 'energy'
@@ -152,8 +212,19 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
 %                  method, constraint (the form kept), iterations (run),
 %                  change (the last relative change), residual (relative
 %                  data residual of the last projection), echo_offset (3 x
-%                  images: the k-space peak per partial axis), threads, and
-%                  seconds.total.
+%                  images: the k-space peak per partial axis), threads,
+%                  combination ('adaptive', 'rss' or 'none'), noise_source
+%                  ('covariance', 'noise scan', 'estimated' or 'none'),
+%                  noise_sigma (coils x volumes: sigma per k-space sample of
+%                  every coil before prewhitening), adaptive (applied_to:
+%                  'combined image', 'each coil image' or 'none'; sigma: the
+%                  noise level it weighted with, per weighted image, for the
+%                  combined image that of the combination; mean_weight of
+%                  the synthesised samples; removed: the fraction of them
+%                  weighted 0) and seconds.total.
+%     SENSITIVITIES  with 'CoilCombine' 'adaptive': the coil sensitivities
+%                  used (complex, KSPACE's size, unit length per voxel),
+%                  else []; computed only when asked for.
 %
 %   Both MEX layouts give the same results. The one-pass 'real' path runs
 %   the module's commands (HOMODYNE_MEX); everything else runs in the C++
@@ -217,13 +288,32 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
       'Constraint', 'auto', @(v) is_choice(v, {'auto', 'real', 'magnitude'}), '''auto'', ''real'' or ''magnitude'''
       'Window', 'hann', @(v) is_choice(v, {'hann', 'tukey', 'box'}), '''hann'', ''tukey'' or ''box'''
       'TransitionBand', 0, number, 'a whole number of samples, 0 or more'
+      'Coils', [], @(v) isempty(v) || number(v), 'the dimension that holds the receive coils, a whole number from 3 to ndims(KSPACE)'
+      'CoilCombine', 'adaptive', @(v) is_choice(v, {'adaptive', 'rss'}), '''adaptive'' or ''rss'''
+      'NoiseCovariance', [], @(v) isfloat(v) && ~issparse(v), 'a coils x coils matrix or a noise scan (single or double)'
+      'NoiseAdaptive', [], @(v) isempty(v) || ((islogical(v) || number(v)) && isscalar(v) && any(v == [0 1])), 'true or false'
+      'Dims', [], @(v) isempty(v) || (number(v) && any(v == [2 3])), '2 or 3 (the number of spatial dimensions)'
     }, varargin);
     options.Method = lower(options.Method);
     options.Output = lower(options.Output);
+    options.CoilCombine = lower(options.CoilCombine);
+    options = acquisition_options(kspace, options);
+    layout = coil_layout(wrapper, size(kspace), options.Coils, options.Dims);
+    if isempty(options.NoiseAdaptive)
+      % One-pass 'real' keeps the result of earlier releases unless coils or noise are named.
+      options.NoiseAdaptive = ~(strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ...
+                                isempty(options.Coils) && isempty(options.NoiseCovariance));
+    end
+    options.NoiseAdaptive = logical(options.NoiseAdaptive);
+    old_chain = strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ~options.NoiseAdaptive && ...
+                isempty(options.Coils) && isempty(options.NoiseCovariance) && ~isequal(options.Dims, 2);
+    if ~old_chain
+      kspace = reshape(permute(kspace, layout.perm), layout.canonical);
+    end
     [kspace, ranges, labels, detection] = sampled_ranges(wrapper, kspace, options);
     options = rmfield(options, {'PartialFourier', 'Acquisition'});
-    if ~strcmp(options.Method, 'homodyne') || ~strcmp(options.Output, 'real')
-      [img, phase, zero_filled, info] = core_recon(wrapper, kspace, scale, ranges, labels, options, nargout);
+    if ~old_chain
+      [img, phase, zero_filled, info, sensitivities] = core_recon(wrapper, kspace, scale, ranges, labels, options, layout, nargout);
       info.detection = detection;
       return;
     end
@@ -266,6 +356,31 @@ function [img, phase, zero_filled, info] = homodyne_recon(kspace, varargin)
     info.detection = detection;
   catch err
     homodyne_error(wrapper, err);
+  end
+end
+
+% The struct of read_ismrmrd_kspace brings, beside its ranges (SAMPLED_RANGES),
+% its coils in dimension 4 and its noise scan (at the noise variance of the
+% k-space), unless the call names coils or a covariance itself.
+function options = acquisition_options(kspace, options)
+  acq = options.Acquisition;
+  if isnumeric(acq) || ~isempty(options.Coils) || ~isempty(options.NoiseCovariance)
+    return;
+  end
+  coils = size(kspace, 4);
+  if coils > 1
+    options.Coils = 4;
+  end
+  if isfield(acq, 'noise') && isfloat(acq.noise) && ~isempty(acq.noise) && size(acq.noise, 2) == coils
+    noise = acq.noise;
+    if isfield(acq, 'noise_variance_scale')
+      noise = noise * sqrt(double(acq.noise_variance_scale));
+    end
+    if coils > 1
+      options.NoiseCovariance = reshape(noise, [size(noise, 1), 1, 1, coils]);
+    else
+      options.NoiseCovariance = mean(abs(double(noise)).^2);
+    end
   end
 end
 

@@ -37,11 +37,12 @@ void smooth_axis(std::vector<float>& values, const std::array<Index, 3>& n, int 
 
 }  // namespace
 
-void weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
-                                const SampledRanges& ranges, float noise_power, KSpaceOrder order)
+SynthesisReport weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
+                                           const SampledRanges& ranges, float noise_power, KSpaceOrder order)
 {
+    SynthesisReport report;
     if (!(noise_power > 0.0f)) {
-        return;
+        return report;
     }
     const Index count = n[0] * n[1] * n[2];
     std::array<std::vector<Index>, 3> mirrored;
@@ -68,6 +69,7 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
     }
 
     const float twice_noise = 2.0f * noise_power;
+    double weights = 0.0;
     s = 0;
     for (Index z = 0; z < n[2]; ++z) {
         for (Index y = 0; y < n[1]; ++y) {
@@ -79,7 +81,12 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
                 const float p = power[s];
                 const float weight = p > twice_noise ? 1.0f - twice_noise / p : 0.0f;
                 kspace[s] = weight * kspace[s];
+                weights += weight;
+                report.removed += weight == 0.0f;
+                ++report.synthesised;
             }
         }
     }
+    report.mean_weight = report.synthesised > 0 ? weights / static_cast<double>(report.synthesised) : 1.0;
+    return report;
 }

@@ -33,6 +33,11 @@
 // block per axis in k coordinates (nullopt: fully sampled); a sample is
 // acquired when its k lies in the block on every axis. `noise_power`:
 // sigma^2 per k-space sample in the units of `kspace` (an unnormalised
-// forward DFT of the image keeps the data's units).
-void weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
+// forward DFT of the image keeps the data's units). Returns what it did.
+struct SynthesisReport {
+    Index synthesised = 0;     // samples outside the acquired block
+    double mean_weight = 1.0;  // their mean weight
+    Index removed = 0;         // of them, weighted 0
+};
+SynthesisReport weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
                                 const SampledRanges& ranges, float noise_power, KSpaceOrder order);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "recon/recon_error.hpp"
+#include "recon/worker_threads.hpp"
 
 namespace {
 
@@ -28,6 +29,13 @@ GridSpan grid_span(Index p, Index n)
 }
 
 using Complex = std::complex<float>;
+
+// a * b written out: std::complex's operator* checks every product for NaN,
+// which keeps the loops below from vectorising (same values otherwise).
+inline Complex times(Complex a, Complex b)
+{
+    return Complex(a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real());
+}
 
 Index reference_coil(const Complex* volume, Index voxels, Index coils, Index volume_index, Index volumes)
 {
@@ -76,7 +84,7 @@ public:
             for (Index j = 0; j < coils_; ++j) {
                 const Complex lj = std::conj(row[j * voxels + x]);
                 for (Index i = 0; i <= j; ++i) {
-                    *p++ = row[i * voxels + x] * lj;
+                    *p++ = times(row[i * voxels + x], lj);
                 }
             }
         }
@@ -112,7 +120,7 @@ bool dominant_eigenvector(const std::vector<Complex>& r, Index coils, std::vecto
             const Complex vj = vector[static_cast<std::size_t>(j)];
             const Complex* column = r.data() + j * coils;
             for (Index i = 0; i < coils; ++i) {
-                next[static_cast<std::size_t>(i)] += column[i] * vj;
+                next[static_cast<std::size_t>(i)] += times(column[i], vj);
             }
         }
         float energy = 0.0f;
@@ -166,7 +174,7 @@ void interpolate_between_grid_points(Complex* plane, Index nx, Index ny, Index c
 
 }  // namespace
 
-std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const ReconShape& shape)
+std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const ReconShape& shape, int threads)
 {
     const Index coils = shape.coils;
     const Index voxels = shape.voxels();
@@ -175,62 +183,64 @@ std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const Re
     const Index hy = std::min(half_width, (ny - 1) / 2);
     std::vector<Complex> sensitivities(static_cast<std::size_t>(shape.samples()));
 
-    // One row covariance per row of the y neighbourhood, reused as y advances.
-    std::vector<RowCovariance> rows(static_cast<std::size_t>(2 * hy + 1), RowCovariance(coils, nx));
-    std::vector<Complex> r(static_cast<std::size_t>(coils * coils));
-    std::vector<Complex> vector(static_cast<std::size_t>(coils));
-    std::vector<Complex> next(static_cast<std::size_t>(coils));
-    const auto slot = [&](Index y) -> RowCovariance& { return rows[static_cast<std::size_t>(y % (2 * hy + 1))]; };
-
     for (Index v = 0; v < shape.volumes; ++v) {
         const Complex* volume = lowres + v * shape.volume_stride();
         Complex* out = sensitivities.data() + v * shape.volume_stride();
         const Index reference = reference_coil(volume, voxels, coils, v, shape.volumes);
-        for (Index z = 0; z < shape.n[2]; ++z) {
-            const Complex* plane = volume + z * nx * ny;
-            const auto row_start = [&](Index y) { return plane + ((y + ny) % ny) * nx; };
-            for (Index y = -hy; y < hy; ++y) {
-                slot(y + ny).compute(row_start(y), voxels);
-            }
-            for (Index y = 0; y < ny; ++y) {
-                slot(y + hy + ny).compute(row_start(y + hy), voxels);
-                if (y % grid_step != 0) {
-                    continue;
+        // Planes z are independent; plane z goes to thread z mod threads.
+        run_on_threads(threads, [&](int thread) {
+            // One row covariance per row of the y neighbourhood, reused as y advances.
+            std::vector<RowCovariance> rows(static_cast<std::size_t>(2 * hy + 1), RowCovariance(coils, nx));
+            std::vector<Complex> r(static_cast<std::size_t>(coils * coils));
+            std::vector<Complex> vector(static_cast<std::size_t>(coils));
+            std::vector<Complex> next(static_cast<std::size_t>(coils));
+            const auto slot = [&](Index y) -> RowCovariance& { return rows[static_cast<std::size_t>(y % (2 * hy + 1))]; };
+            for (Index z = thread; z < shape.n[2]; z += threads) {
+                const Complex* plane = volume + z * nx * ny;
+                const auto row_start = [&](Index y) { return plane + ((y + ny) % ny) * nx; };
+                for (Index y = -hy; y < hy; ++y) {
+                    slot(y + ny).compute(row_start(y), voxels);
                 }
-                for (Index x = 0; x < nx; x += grid_step) {
-                    // Neighbourhood covariance: the upper triangle summed over the rows, then mirrored.
-                    std::fill(r.begin(), r.end(), Complex(0.0f, 0.0f));
-                    for (Index dy = -hy; dy <= hy; ++dy) {
-                        const Complex* sum = slot(y + dy + ny).at(x);
-                        Index q = 0;
-                        for (Index j = 0; j < coils; ++j) {
-                            for (Index i = 0; i <= j; ++i) {
-                                r[static_cast<std::size_t>(i + j * coils)] += sum[q++];
+                for (Index y = 0; y < ny; ++y) {
+                    slot(y + hy + ny).compute(row_start(y + hy), voxels);
+                    if (y % grid_step != 0) {
+                        continue;
+                    }
+                    for (Index x = 0; x < nx; x += grid_step) {
+                        // Neighbourhood covariance: the upper triangle summed over the rows, then mirrored.
+                        std::fill(r.begin(), r.end(), Complex(0.0f, 0.0f));
+                        for (Index dy = -hy; dy <= hy; ++dy) {
+                            const Complex* sum = slot(y + dy + ny).at(x);
+                            Index q = 0;
+                            for (Index j = 0; j < coils; ++j) {
+                                for (Index i = 0; i <= j; ++i) {
+                                    r[static_cast<std::size_t>(i + j * coils)] += sum[q++];
+                                }
                             }
                         }
-                    }
-                    for (Index j = 0; j < coils; ++j) {
-                        for (Index i = j + 1; i < coils; ++i) {
-                            r[static_cast<std::size_t>(i + j * coils)] = std::conj(r[static_cast<std::size_t>(j + i * coils)]);
+                        for (Index j = 0; j < coils; ++j) {
+                            for (Index i = j + 1; i < coils; ++i) {
+                                r[static_cast<std::size_t>(i + j * coils)] = std::conj(r[static_cast<std::size_t>(j + i * coils)]);
+                            }
+                        }
+                        const Index s = x + y * nx + z * nx * ny;
+                        for (Index c = 0; c < coils; ++c) {
+                            vector[static_cast<std::size_t>(c)] = volume[c * voxels + s];
+                        }
+                        const bool found = dominant_eigenvector(r, coils, vector, next);
+                        const Complex ref = vector[static_cast<std::size_t>(reference)];
+                        const float ref_magnitude = std::abs(ref);
+                        const Complex rotation =
+                            ref_magnitude > 0.0f ? std::conj(ref) / ref_magnitude : Complex(1.0f, 0.0f);
+                        for (Index c = 0; c < coils; ++c) {
+                            out[c * voxels + s] =
+                                found ? vector[static_cast<std::size_t>(c)] * rotation : Complex(0.0f, 0.0f);
                         }
                     }
-                    const Index s = x + y * nx + z * nx * ny;
-                    for (Index c = 0; c < coils; ++c) {
-                        vector[static_cast<std::size_t>(c)] = volume[c * voxels + s];
-                    }
-                    const bool found = dominant_eigenvector(r, coils, vector, next);
-                    const Complex ref = vector[static_cast<std::size_t>(reference)];
-                    const float ref_magnitude = std::abs(ref);
-                    const Complex rotation =
-                        ref_magnitude > 0.0f ? std::conj(ref) / ref_magnitude : Complex(1.0f, 0.0f);
-                    for (Index c = 0; c < coils; ++c) {
-                        out[c * voxels + s] =
-                            found ? vector[static_cast<std::size_t>(c)] * rotation : Complex(0.0f, 0.0f);
-                    }
                 }
+                interpolate_between_grid_points(out + z * nx * ny, nx, ny, coils, voxels);
             }
-            interpolate_between_grid_points(out + z * nx * ny, nx, ny, coils, voxels);
-        }
+        });
     }
     return sensitivities;
 }

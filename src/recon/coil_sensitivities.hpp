@@ -26,6 +26,7 @@
 // `lowres` has `shape` (x, y, z, coils, volumes); the result has the same
 // shape and order. Throws homodyne:sampling naming the coil (and volume)
 // when a coil's low-resolution image is all zero: its calibration region
-// holds no signal.
+// holds no signal. The planes z of a volume run on `threads` threads; the
+// result does not depend on their number.
 std::vector<std::complex<float>> estimate_coil_sensitivities(const std::complex<float>* lowres,
-                                                             const ReconShape& shape);
+                                                             const ReconShape& shape, int threads = 1);

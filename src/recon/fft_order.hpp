@@ -3,6 +3,8 @@
 // and FFT order (index 0 is the origin), row by row: along x a row is two
 // contiguous runs, so every pass streams.
 
+#include <algorithm>
+
 #include "recon/recon_shape.hpp"
 
 // FFT index of coordinate k on an axis of n samples, and the reverse.
@@ -24,4 +26,24 @@ void for_each_shift_run(const std::array<Index, 3>& n, Visit visit)
             visit(fft_row + low, centred_row, nx / 2);
         }
     }
+}
+
+// Copies an image in FFT order into centred order, times `scale`.
+template <typename Complex>
+void to_centred(const Complex* fft_order, const std::array<Index, 3>& n, float scale, Complex* centred)
+{
+    for_each_shift_run(n, [&](Index fft, Index c, Index count) {
+        for (Index i = 0; i < count; ++i) {
+            centred[c + i] = fft_order[fft + i] * scale;
+        }
+    });
+}
+
+// Copies a centred image into FFT order.
+template <typename Complex>
+void to_fft_order(const Complex* centred, const std::array<Index, 3>& n, Complex* fft_order)
+{
+    for_each_shift_run(n, [&](Index fft, Index c, Index count) {
+        std::copy(centred + c, centred + c + count, fft_order + fft);
+    });
 }

@@ -1,15 +1,14 @@
 #include "recon/noise_estimate.hpp"
 
-#include <fftw3.h>
+#include "recon/worker_threads.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
-#include <new>
 
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
+constexpr Index pooled_samples = Index{1} << 18;
 
 double sin_squared(double angle)
 {
@@ -36,13 +35,6 @@ std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KS
     }
     return weights;
 }
-
-struct FftwFree {
-    void operator()(void* p) const { fftwf_free(p); }
-};
-struct PlanDestroy {
-    void operator()(fftwf_plan_s* p) const { fftwf_destroy_plan(p); }
-};
 
 }  // namespace
 
@@ -97,7 +89,8 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
 }
 
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
-                                         const SampledRanges& ranges, KSpaceOrder order)
+                                         const SampledRanges& ranges, KSpaceOrder order,
+                                         const VolumeTransform& transform, int threads)
 {
     const Index voxels = shape.voxels();
     const std::vector<float> weights = noise_highpass_weights(shape.n, ranges, order);
@@ -105,36 +98,24 @@ std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, cons
     for (float w : weights) {
         weight_energy += static_cast<double>(w) * static_cast<double>(w);
     }
-
-    std::unique_ptr<fftwf_complex, FftwFree> buffer(
-        static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * static_cast<std::size_t>(voxels))));
-    if (!buffer) {
-        throw std::bad_alloc();
-    }
-    // FFTW is row-major: the slowest axis (z) first.
-    const int dims[3] = {static_cast<int>(shape.n[2]), static_cast<int>(shape.n[1]), static_cast<int>(shape.n[0])};
-    std::unique_ptr<fftwf_plan_s, PlanDestroy> plan(
-        fftwf_plan_dft(3, dims, buffer.get(), buffer.get(), FFTW_BACKWARD, FFTW_ESTIMATE));
-    if (!plan) {
-        throw std::bad_alloc();
-    }
-
-    std::vector<float> powers(static_cast<std::size_t>(shape.coils));
-    std::vector<float> squared(static_cast<std::size_t>(voxels * shape.volumes));
-    auto* samples = reinterpret_cast<std::complex<float>*>(buffer.get());
-    for (Index c = 0; c < shape.coils; ++c) {
-        for (Index v = 0; v < shape.volumes; ++v) {
-            const std::complex<float>* coil = kspace + v * shape.volume_stride() + c * voxels;
+    std::vector<float> powers(static_cast<std::size_t>(shape.coils * shape.volumes));
+    run_on_threads(threads, [&](int thread) {
+        ComplexBuffer samples(voxels);
+        // A strided subset of at most 2^18 samples: plenty for the fit, and
+        // the fit's passes over the samples cost more than the transform.
+        const Index stride = (voxels + pooled_samples - 1) / pooled_samples;
+        std::vector<float> squared(static_cast<std::size_t>((voxels + stride - 1) / stride));
+        for (Index j = thread; j < shape.coils * shape.volumes; j += threads) {
+            const std::complex<float>* coil = kspace + j * voxels;
             for (Index s = 0; s < voxels; ++s) {
                 samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
             }
-            fftwf_execute(plan.get());
-            float* out = squared.data() + v * voxels;
-            for (Index s = 0; s < voxels; ++s) {
-                out[s] = std::norm(samples[s]);
+            transform.inverse(samples.data());
+            for (Index s = 0; s < voxels; s += stride) {
+                squared[static_cast<std::size_t>(s / stride)] = std::norm(samples[s]);
             }
+            powers[static_cast<std::size_t>(j)] = noise_power_from_highpass(squared, weight_energy);
         }
-        powers[static_cast<std::size_t>(c)] = noise_power_from_highpass(squared, weight_energy);
-    }
+    });
     return powers;
 }

@@ -21,6 +21,7 @@
 
 #include "recon/kspace_order.hpp"
 #include "recon/recon_shape.hpp"
+#include "recon/volume_transform.hpp"
 
 // The high-pass weight of every sample of one coil's k-space of sizes n (x
 // fastest), in the given order. Per axis, with k the coordinate:
@@ -40,9 +41,10 @@ std::vector<float> noise_highpass_weights(const std::array<Index, 3>& n, const S
 // median is 0.
 float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double weight_energy);
 
-// Noise power per k-space sample of every coil of `kspace` (shape x, y, z,
-// coils, volumes; zero outside the sampled block), each coil pooled over the
-// volumes. Plans its own single-precision FFTW transform (FFTW_ESTIMATE):
-// call it before any threads start, FFTW's planner is not thread-safe.
+// Noise power per k-space sample of every coil of every volume of `kspace`
+// (shape x, y, z, coils, volumes; zero outside the sampled block), coils
+// fastest. `transform`: all three axes of the image's size; coil image j
+// runs on thread j mod threads.
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
-                                         const SampledRanges& ranges, KSpaceOrder order);
+                                         const SampledRanges& ranges, KSpaceOrder order,
+                                         const VolumeTransform& transform, int threads = 1);

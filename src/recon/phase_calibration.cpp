@@ -61,8 +61,8 @@ std::vector<float> axis_window(const SampledBox& box, int axis, Index peak, Cali
 
 }  // namespace
 
-void estimate_phase(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
-                    const std::array<Index, 3>& peak, CalibrationWindow window, Complex* phase)
+void calibration_image(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
+                       const std::array<Index, 3>& peak, CalibrationWindow window, Complex* phase)
 {
     const std::vector<float> wx = axis_window(box, 0, peak[0], window), wy = axis_window(box, 1, peak[1], window),
                              wz = axis_window(box, 2, peak[2], window);
@@ -74,8 +74,12 @@ void estimate_phase(const VolumeTransform& transform, const SampledBox& box, con
         }
     });
     transform.inverse(phase);
-    for (Index i = 0; i < transform.voxels(); ++i) {
-        const float m = std::abs(phase[i]);
-        phase[i] = m > 0.0f ? phase[i] / m : Complex(1.0f, 0.0f);
+}
+
+void keep_phase(Complex* image, Index count)
+{
+    for (Index i = 0; i < count; ++i) {
+        const float m = std::abs(image[i]);
+        image[i] = m > 0.0f ? image[i] / m : Complex(1.0f, 0.0f);
     }
 }

@@ -22,8 +22,11 @@ std::array<Index, 3> echo_peak(const SampledBox& box, const Complex* box_samples
 // Value of the window at t in (-1, 1), t = 0 at the centre.
 float window_value(CalibrationWindow window, double t);
 
-// Writes e^{i phi} of the windowed centre's image into `phase` (FFT order,
-// the image's size). Where that image is exactly 0 no phase exists; 1 (phase
-// 0) is taken there, so the constraint keeps the real part.
-void estimate_phase(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
-                    const std::array<Index, 3>& peak, CalibrationWindow window, Complex* phase);
+// Writes the windowed centre's image, the low-resolution image from which the
+// phase and the coil sensitivities are estimated, into `image` (FFT order,
+// the image's size, the unnormalised inverse transform).
+void calibration_image(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
+                       const std::array<Index, 3>& peak, CalibrationWindow window, Complex* image);
+
+// Replaces every value of a calibration image by its phase, e^{i phi}.
+void keep_phase(Complex* image, Index count);

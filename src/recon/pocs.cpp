@@ -196,14 +196,14 @@ double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* bo
 }
 
 PocsTransforms::PocsTransforms(const PocsPlan& plan)
-    : all(plan.box.n),
+    : all(plan.box.n, {true, true, true}, true),
       full_axes(plan.box.n, {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}),
       partial_axes(plan.box.n, plan.box.partial, true)
 {
 }
 
 VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace, float* image,
-                         float* phase)
+                         float* phase, Complex* lowres)
 {
     const VolumeTransform& transform = transforms.partial_axes;
     const Index voxels = transform.voxels();
@@ -212,7 +212,11 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
 
     PocsBuffers buffers(voxels);
     const std::array<Index, 3> peak = echo_peak(plan.box, box_samples.data());
-    estimate_phase(transforms.all, plan.box, box_samples.data(), peak, plan.options.window, buffers.phase.data());
+    calibration_image(transforms.all, plan.box, box_samples.data(), peak, plan.options.window, buffers.phase.data());
+    if (lowres != nullptr) {
+        to_centred(buffers.phase.data(), plan.box.n, 1.0f / static_cast<float>(voxels), lowres);
+    }
+    keep_phase(buffers.phase.data(), voxels);
 
     // The measured block into hybrid space: along the fully sampled axes it
     // is whole, so it is its own transform there.

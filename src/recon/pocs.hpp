@@ -71,6 +71,8 @@ struct PocsTransforms {
 
 // One coil image: centred k-space in, the image in the requested output form
 // out (interleaved pairs for complex output, else one float per voxel),
-// centred; and into `phase`, unless null, the estimated phase in radians.
+// centred; into `phase`, unless null, the estimated phase in radians; and
+// into `lowres`, unless null, the calibration image (centred, in the image's
+// units), from which coil sensitivities are estimated.
 VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace,
-                         float* image, float* phase);
+                         float* image, float* phase, Complex* lowres = nullptr);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <thread>
 
+#include "recon/noise_whitening.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {
@@ -37,6 +38,7 @@ const char* const method_names[] = {"homodyne", "pocs"};
 const char* const output_names[] = {"real", "magnitude", "complex"};
 const char* const constraint_names[] = {"auto", "real", "magnitude"};
 const char* const window_names[] = {"hann", "tukey", "box"};
+const char* const combination_names[] = {"adaptive", "rss", "none"};
 const char axis_names[] = "xyz";
 
 // The fraction of its symmetric extent around k = 0 that a range covers, as
@@ -79,6 +81,11 @@ CalibrationWindow window_named(const std::string& text)
 {
     return CalibrationWindow(choice_of("Window", text, window_names));
 }
+CoilCombination combination_named(const std::string& text)
+{
+    return CoilCombination(choice_of("CoilCombine", text, combination_names));
+}
+const char* name_of(CoilCombination combination) { return combination_names[static_cast<int>(combination)]; }
 const char* name_of(PhaseConstraint constraint) { return constraint_names[static_cast<int>(constraint)]; }
 
 void validate_options(const ReconOptions& options, const ReconShape& shape)
@@ -99,6 +106,22 @@ void validate_options(const ReconOptions& options, const ReconShape& shape)
         if (options.ranges[axis]) {
             validate_range(axis, *options.ranges[axis], shape.n[axis], options.method);
         }
+    }
+    if (!options.noise_covariance.empty() && options.noise_scan != nullptr) {
+        bad_option("'NoiseCovariance' takes a covariance matrix or a noise scan, not both.");
+    }
+    if (!options.noise_covariance.empty() || options.covariance_rows != 0 || options.covariance_columns != 0) {
+        if (options.noise_covariance.size() !=
+            static_cast<std::size_t>(options.covariance_rows * options.covariance_columns)) {
+            throw ReconError("homodyne:internal", "The noise covariance's size does not match its values.");
+        }
+        noise_whitening_matrix(options.noise_covariance.data(), options.covariance_rows, options.covariance_columns,
+                               shape.coils);
+    }
+    if (options.noise_scan != nullptr && options.noise_scan_shape.coils != shape.coils) {
+        throw ReconError("homodyne:badInput", "The noise scan of 'NoiseCovariance' has " +
+                                                  std::to_string(options.noise_scan_shape.coils) +
+                                                  " coils; the k-space has " + std::to_string(shape.coils) + ".");
     }
 }
 

@@ -2,7 +2,9 @@
 // The options of one reconstruction call, shared by every front end, and the
 // one function that checks them against the data's shape.
 
+#include <complex>
 #include <string>
+#include <vector>
 
 #include "recon/recon_shape.hpp"
 
@@ -14,6 +16,10 @@ enum class ReconOutput { real, magnitude, complex };
 enum class PhaseConstraint { automatic, real_part, magnitude };
 // Window over the symmetric centre from which POCS estimates the phase.
 enum class CalibrationWindow { hann, tukey, box };
+// How the receive coils of a volume become one image: the sensitivity-weighted
+// complex combination, the root sum of squares of the coil images, or none
+// (every coil image is a result of its own).
+enum class CoilCombination { adaptive, rss, none };
 
 struct ReconOptions {
     ReconMethod method = ReconMethod::pocs;
@@ -25,11 +31,25 @@ struct ReconOptions {
     CalibrationWindow window = CalibrationWindow::hann;
     int transition_band = 0;   // POCS: measured samples blended with the estimate at the block's edge
     SampledRanges ranges;      // nullopt: the axis is fully sampled
+    CoilCombination combination = CoilCombination::adaptive;  // with one coil there is nothing to combine
+    // Synthesised samples weighted by the SNR of their measured partners; needs
+    // the noise level: from the covariance or scan below, else estimated.
+    bool noise_adaptive = true;
+    // The coils' noise covariance, covariance_rows x covariance_columns,
+    // column-major (empty: none given). The coils are prewhitened with it.
+    std::vector<std::complex<float>> noise_covariance;
+    Index covariance_rows = 0, covariance_columns = 0;
+    // Or a noise-only scan (x, y, z, coils, volumes), owned by the caller,
+    // whose covariance serves instead.
+    const std::complex<float>* noise_scan = nullptr;
+    ReconShape noise_scan_shape;
+    bool keep_sensitivities = false;  // hand the coil sensitivities back in the report
 };
 
 // Throws ReconError naming the option at fault: homodyne:badOption for values
 // out of their domain, homodyne:badRange for ranges that do not fit `shape`,
-// homodyne:sampling for too little of the symmetric centre.
+// homodyne:sampling for too little of the symmetric centre, homodyne:badInput
+// for a noise covariance or noise scan that does not fit the coils.
 void validate_options(const ReconOptions& options, const ReconShape& shape);
 
 // Text values of the options as users spell them (case-insensitive); they
@@ -38,6 +58,8 @@ ReconMethod method_named(const std::string& text);
 ReconOutput output_named(const std::string& text);
 PhaseConstraint constraint_named(const std::string& text);
 CalibrationWindow window_named(const std::string& text);
+CoilCombination combination_named(const std::string& text);
+const char* name_of(CoilCombination combination);
 const char* name_of(PhaseConstraint constraint);
 
 // The number of threads a call runs on: options.threads, or one per core.

@@ -2,12 +2,12 @@
 
 #include <cfloat>
 #include <cmath>
-#include <exception>
 #include <memory>
-#include <thread>
 
+#include "recon/coil_pipeline.hpp"
 #include "recon/one_pass_homodyne.hpp"
 #include "recon/recon_error.hpp"
+#include "recon/worker_threads.hpp"
 
 void check_kspace_values(const ReconShape& shape, const Complex* kspace)
 {
@@ -27,11 +27,21 @@ void check_kspace_values(const ReconShape& shape, const Complex* kspace)
     }
 }
 
+Index result_images(const ReconShape& shape, const ReconOptions& options)
+{
+    const bool combined = shape.coils > 1 && options.combination != CoilCombination::none;
+    return combined ? shape.volumes : shape.coils * shape.volumes;
+}
+
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
                          float* phase)
 {
     validate_options(options, shape);
     check_kspace_values(shape, kspace);
+    if (options.noise_adaptive || options.noise_scan != nullptr || !options.noise_covariance.empty() ||
+        result_images(shape, options) != shape.coils * shape.volumes) {
+        return reconstruct_through_coil_steps(shape, kspace, options, image, phase);
+    }
 
     // Every plan is made here, before a thread starts.
     const bool pocs = options.method == ReconMethod::pocs;
@@ -56,26 +66,6 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
         }
     };
 
-    std::vector<std::exception_ptr> failures(static_cast<std::size_t>(report.threads));
-    std::vector<std::thread> workers;
-    const auto guarded = [&](int thread) {
-        try {
-            run(thread);
-        } catch (...) {
-            failures[thread] = std::current_exception();
-        }
-    };
-    for (int t = 1; t < report.threads; ++t) {
-        workers.emplace_back(guarded, t);
-    }
-    guarded(0);
-    for (std::thread& worker : workers) {
-        worker.join();
-    }
-    for (const std::exception_ptr& failure : failures) {
-        if (failure) {
-            std::rethrow_exception(failure);
-        }
-    }
+    run_on_threads(report.threads, run);
     return report;
 }

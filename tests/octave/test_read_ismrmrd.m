@@ -63,8 +63,13 @@ function partial_fourier_round_trip_and_recon(~)
     assert(isequal(kspace, expected) && isa(kspace, 'single') && iscomplex(kspace), 'k-space of "%s"', table{t, 1});
     assert(isequal(acq.ranges, table{t, 2}) && isequal(acq.matrix, [32 24 16]) && acq.coils == 3);
     assert(isequal(size(acq.noise), [64 3] * ~isempty(strfind(table{t, 1}, 'noise'))));
-    img = homodyne_recon(expected, 'Ranges', table{t, 2});
-    assert(isequal(homodyne_recon(kspace, 'Ranges', acq.ranges), img) && isequal(homodyne_recon(kspace, acq), img));
+    assert(isequal(homodyne_recon(kspace, 'Ranges', acq.ranges), homodyne_recon(expected, 'Ranges', table{t, 2})));
+    % The struct brings the ranges, the coils and the noise scan at the k-space's noise variance.
+    noise = {};
+    if ~isempty(acq.noise)
+      noise = {'NoiseCovariance', reshape(acq.noise * sqrt(acq.noise_variance_scale), [], 1, 1, 3)};
+    end
+    assert(isequal(homodyne_recon(kspace, acq), homodyne_recon(expected, 'Ranges', table{t, 2}, 'Coils', 4, noise{:})));
   end
 end
 

@@ -148,7 +148,7 @@ function [calls, outcome_of] = toolbox_batch()
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'Ranges', {[-16 15]}}, 1, {'homodyne:badRange', 'y range [] takes the axis as fully sampled, but only the planes from k = -3 to 11'});
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'Ranges', {[]}, 'PartialFourier', {[]}}, 1, {'homodyne:badOption', 'give the sampled ranges once'});
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], 3/8}}, 1, {'homodyne:badOption', 'fraction from 0.5 to 1'});
-  % 2-D coil images stacked along dimension 3 warn; 3-D k-space does not.
+  % 2-D coil images stacked along dimension 3 warn, unless named as coils; 3-D k-space does not.
   [x, y] = ndgrid(linspace(-1, 1, 32), linspace(-1, 1, 24));
   plane = double(image(:, :, 5));
   coils = zeros(32, 24, 8);
@@ -157,6 +157,7 @@ function [calls, outcome_of] = toolbox_batch()
   end
   calls(end + 1, :) = {'homodyne_recon', {coils}, 1, @(o) strcmp(o{1}, 'homodyne:zLooksLikeVolumes'), @warning_of_recon};
   calls(end + 1, :) = {'homodyne_recon', {Q}, 1, @(o) isempty(o{1}), @warning_of_recon};
+  calls(end + 1, :) = {'homodyne_recon', {coils, 'Coils', 3}, 1, @(o) isempty(o{1}), @warning_of_recon};
 
   % Messages: usage, classes, values, options, sampling, a missing module.
   gap = k16;

@@ -31,7 +31,8 @@ std::vector<float> estimate(const ReconShape& shape, const SampledRanges& ranges
         const float object = static_cast<float>((c + 1) * dirichlet(kx, 31) * dirichlet(ky, 17));
         k[s] = ky >= ranges[1]->first ? object + noise : 0.0f;
     }
-    return estimate_noise_powers(k.data(), shape, ranges, KSpaceOrder::centred);
+    const VolumeTransform transform(shape.n);
+    return estimate_noise_powers(k.data(), shape, ranges, KSpaceOrder::centred, transform);
 }
 
 }  // namespace
@@ -45,8 +46,8 @@ TEST(NoiseEstimate, KnownNoiseLevelsPerCoilAndNoiselessData)
     const SampledRanges ranges{std::nullopt, KRange{-8, 31}, std::nullopt};
     const std::vector<float> truth{10.24f, 40.96f};
     const auto estimated = estimate(shape, ranges, truth);
-    for (std::size_t c = 0; c < truth.size(); ++c) {
-        EXPECT_NEAR(std::sqrt(estimated[c] / truth[c]), 1.0, 0.1) << "coil " << c;
+    for (std::size_t j = 0; j < estimated.size(); ++j) {  // coils fastest, then volumes
+        EXPECT_NEAR(std::sqrt(estimated[j] / truth[j % 2]), 1.0, 0.1) << "coil image " << j;
     }
     for (float power : estimate(shape, ranges, {0.0f, 0.0f})) {
         EXPECT_LT(power, 1e-3f * truth[0]);

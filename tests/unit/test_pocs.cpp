@@ -73,6 +73,7 @@ TEST(Pocs, OneIterationMatchesNaiveDftReference)
     options.tolerance = 0;
     options.constraint = PhaseConstraint::real_part;
     options.output = ReconOutput::complex;
+    options.noise_adaptive = false;
     options.ranges[AXIS_Y] = KRange{-1, 2};
     std::vector<float> image(2 * static_cast<std::size_t>(shape.voxels()));
     const ReconReport report = reconstruct(shape, k.data(), options, image.data());
@@ -183,4 +184,23 @@ TEST(Pocs, OptionsRefusedNamingTheOption)
     EXPECT_NE(message_of(o).find("less than 55 %"), std::string::npos);
     EXPECT_THROW(method_named("iterative"), ReconError);
     EXPECT_EQ(output_named("Complex"), ReconOutput::complex);
+}
+
+TEST(Pocs, ResultIndependentOfThreadCount)
+{
+    ReconShape shape;
+    shape.n = {12, 10, 4};
+    shape.coils = 2;  // combined: one image per volume
+    shape.volumes = 5;
+    const std::vector<Complex> k = random_kspace(shape, 3);
+    ReconOptions options;
+    options.ranges[AXIS_Y] = KRange{-3, 4};
+    options.transition_band = 2;
+    std::vector<float> one(static_cast<std::size_t>(shape.voxels() * shape.volumes)), three(one.size());
+    options.threads = 1;
+    reconstruct(shape, k.data(), options, one.data());
+    options.threads = 3;
+    const ReconReport report = reconstruct(shape, k.data(), options, three.data());
+    EXPECT_EQ(report.threads, 3);
+    EXPECT_EQ(one, three);
 }

@@ -1,0 +1,190 @@
+#include "recon/coil_pipeline.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "recon/coil_combine.hpp"
+#include "recon/coil_sensitivities.hpp"
+#include "recon/fft_order.hpp"
+#include "recon/image_synthesis.hpp"
+#include "recon/one_pass_homodyne.hpp"
+#include "recon/phase_calibration.hpp"
+#include "recon/worker_threads.hpp"
+
+namespace {
+
+// One-pass homodyne makes only a block-sized low-resolution image; the
+// sensitivities come from the same calibration image as POCS's phase
+// (centred, image units). `scratch`: the image's size, from ComplexBuffer.
+void calibration_of(const SampledBox& box, const VolumeTransform& all, const Complex* kspace,
+                    CalibrationWindow window, Complex* lowres, Complex* scratch)
+{
+    std::vector<Complex> box_samples(static_cast<std::size_t>(box.samples()));
+    crop_sampled(box, kspace, box_samples.data());
+    calibration_image(all, box, box_samples.data(), echo_peak(box, box_samples.data()), window, scratch);
+    to_centred(scratch, box.n, 1.0f / static_cast<float>(all.voxels()), lowres);
+}
+
+// Noise power per k-space sample of the combination sum_c conj(S_c) x_c /
+// sum_c |S_c|^2 of coils with independent noise of power `coil_power`: the
+// mean over the image of its per-voxel variance.
+float combined_noise_power(const Complex* sensitivities, const ReconShape& one_volume, const float* coil_power)
+{
+    const Index voxels = one_volume.voxels();
+    double sum = 0.0;
+    for (Index i = 0; i < voxels; ++i) {
+        double weight = 0.0, power = 0.0;
+        for (Index c = 0; c < one_volume.coils; ++c) {
+            const double s = std::norm(sensitivities[c * voxels + i]);
+            weight += s;
+            power += s * coil_power[c];
+        }
+        sum += weight > 0.0 ? power / (weight * weight) : 0.0;
+    }
+    return static_cast<float>(sum / static_cast<double>(voxels));
+}
+
+std::vector<Complex> unit_phases(const float* radians, Index count)
+{
+    std::vector<Complex> e(static_cast<std::size_t>(count));
+    for (Index i = 0; i < count; ++i) {
+        e[i] = std::polar(1.0f, radians[i]);
+    }
+    return e;
+}
+
+}  // namespace
+
+ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
+                                           const ReconOptions& options, float* image, float* phase)
+{
+    const CoilCombination combination = shape.coils > 1 ? options.combination : CoilCombination::none;
+    const bool adaptive = combination == CoilCombination::adaptive;
+
+    // Every plan is made here, before a thread starts.
+    ReconOptions coil_options = options;
+    coil_options.output = ReconOutput::complex;
+    const bool pocs = options.method == ReconMethod::pocs;
+    const HomodynePlan homodyne = pocs ? HomodynePlan{} : plan_homodyne(shape, options.ranges);
+    const std::unique_ptr<VolumeTransform> full(pocs ? nullptr : new VolumeTransform(shape.n));
+    const std::unique_ptr<VolumeTransform> block(pocs ? nullptr : new VolumeTransform(homodyne.block()));
+    const PocsPlan plan = pocs ? plan_pocs(shape, coil_options) : PocsPlan{};
+    const std::unique_ptr<PocsTransforms> pocs_transforms(pocs ? new PocsTransforms(plan) : nullptr);
+    const VolumeTransform& all = pocs ? pocs_transforms->all : *full;
+    const SampledBox box = sampled_box(shape, options.ranges);
+
+    const NoiseLevel noise = noise_level(options, shape, kspace, all);
+    std::vector<Complex> whitened;
+    const Complex* data = kspace;
+    if (!noise.whitening.empty()) {
+        whitened.assign(kspace, kspace + shape.samples());
+        whiten_coils(whitened.data(), shape, noise.whitening);
+        data = whitened.data();
+    }
+    const bool weighting = options.noise_adaptive && noise.source != NoiseSource::none;
+
+    const Index voxels = shape.voxels();
+    const Index images = shape.coils * shape.volumes;
+    std::vector<Complex> coil_images(static_cast<std::size_t>(shape.samples()));
+    std::vector<Complex> lowres(adaptive ? static_cast<std::size_t>(shape.samples()) : 0);
+    std::vector<float> coil_phase(combination == CoilCombination::none ? static_cast<std::size_t>(shape.samples()) : 0);
+
+    ReconReport report;
+    report.images.resize(static_cast<std::size_t>(images));
+    report.threads = thread_count(options, images);
+    report.combination = combination;
+    report.noise_source = noise.source;
+    report.coil_sigma = noise.coil_sigma;
+    if (weighting) {
+        const std::size_t weighted = static_cast<std::size_t>(adaptive ? shape.volumes : images);
+        report.image_sigma.resize(weighted);
+        report.synthesis.resize(weighted);
+    }
+    if (adaptive && options.keep_sensitivities) {
+        report.sensitivities.resize(static_cast<std::size_t>(shape.samples()));
+    }
+
+    run_on_threads(report.threads, [&](int thread) {
+        ComplexBuffer scratch(voxels);
+        for (Index j = thread; j < images; j += report.threads) {
+            const Complex* k = data + j * voxels;
+            Complex* x = coil_images.data() + j * voxels;
+            float* x_values = reinterpret_cast<float*>(x);
+            float* radians = coil_phase.empty() ? nullptr : coil_phase.data() + j * voxels;
+            Complex* low = lowres.empty() ? nullptr : lowres.data() + j * voxels;
+            if (pocs) {
+                report.images[j] = pocs_volume(plan, *pocs_transforms, k, x_values, radians, low);
+            } else {
+                report.images[j] = homodyne_volume(homodyne, *full, *block, k, ReconOutput::complex, x_values, radians);
+                if (low != nullptr) {
+                    calibration_of(box, all, k, options.window, low, scratch.data());
+                }
+            }
+            if (weighting && !adaptive) {
+                const float power = noise.coil_power[static_cast<std::size_t>(j)];
+                report.image_sigma[j] = std::sqrt(power);
+                report.synthesis[j] = weight_image_synthesis(all, x, options.ranges, power, scratch.data());
+            }
+        }
+    });
+
+    const Index values = voxels * values_per_sample(options.output);
+    if (combination == CoilCombination::none) {
+        run_on_threads(report.threads, [&](int thread) {
+            for (Index j = thread; j < images; j += report.threads) {
+                const float* radians = coil_phase.data() + j * voxels;
+                write_output(coil_images.data() + j * voxels, unit_phases(radians, voxels).data(), voxels,
+                             options.output, image + j * values);
+                if (phase != nullptr) {
+                    std::copy(radians, radians + voxels, phase + j * voxels);
+                }
+            }
+        });
+        return report;
+    }
+
+    ReconShape one_volume = shape;
+    one_volume.volumes = 1;
+    // Volumes on threads of their own, or the planes of one volume.
+    const int volume_threads = thread_count(options, shape.volumes);
+    const int plane_threads = volume_threads == 1 ? report.threads : 1;
+    run_on_threads(volume_threads, [&](int thread) {
+        ComplexBuffer scratch(voxels);
+        std::vector<Complex> combined(static_cast<std::size_t>(voxels)), e(static_cast<std::size_t>(voxels));
+        std::vector<float> rss(static_cast<std::size_t>(adaptive ? 0 : voxels));
+        for (Index v = thread; v < shape.volumes; v += volume_threads) {
+            const Complex* x = coil_images.data() + v * shape.volume_stride();
+            float* out = image + v * values;
+            if (!adaptive) {
+                combine_coils_rss(x, one_volume, rss.data());
+                for (Index i = 0; i < voxels; ++i) {
+                    combined[i] = Complex(rss[i], 0.0f);
+                    e[i] = Complex(1.0f, 0.0f);
+                }
+            } else {
+                const Complex* low = lowres.data() + v * shape.volume_stride();
+                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume, std::min<int>(plane_threads, shape.n[2]));
+                combine_coils_adaptive(x, s.data(), one_volume, combined.data(), plane_threads);
+                combine_coils_adaptive(low, s.data(), one_volume, e.data(), plane_threads);
+                keep_phase(e.data(), voxels);
+                if (weighting) {
+                    const float power = combined_noise_power(s.data(), one_volume, noise.coil_power.data() + v * shape.coils);
+                    report.image_sigma[v] = std::sqrt(power);
+                    report.synthesis[v] =
+                        weight_image_synthesis(all, combined.data(), options.ranges, power, scratch.data());
+                }
+                if (!report.sensitivities.empty()) {
+                    std::copy(s.begin(), s.end(), report.sensitivities.begin() + v * shape.volume_stride());
+                }
+            }
+            write_output(combined.data(), e.data(), voxels, options.output, out);
+            if (phase != nullptr) {
+                for (Index i = 0; i < voxels; ++i) {
+                    phase[v * voxels + i] = std::atan2(e[i].imag(), e[i].real());
+                }
+            }
+        }
+    });
+    return report;
+}

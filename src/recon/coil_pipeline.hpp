@@ -1,0 +1,11 @@
+#pragma once
+// The pipeline of reconstruct() through its coil and noise steps: noise
+// level and prewhitening, every coil image reconstructed into a complex
+// image and its calibration image, then per volume the combination, the
+// noise-adaptive weighting and the output form (see reconstruct.hpp).
+
+#include "recon/reconstruct.hpp"
+
+// As reconstruct(), on options and k-space that it has checked.
+ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
+                                           const ReconOptions& options, float* image, float* phase);

@@ -1,0 +1,20 @@
+#pragma once
+// The last steps on one reconstructed complex image (centred, in image units:
+// the normalised inverse DFT of its k-space): the noise-adaptive weighting of
+// its synthesised k-space samples, and the output form.
+
+#include "recon/adaptive_synthesis.hpp"
+#include "recon/recon_options.hpp"
+#include "recon/volume_transform.hpp"
+
+// Forward transform (unnormalised, so the k-space keeps the data's units),
+// weight_synthesised_samples with `noise_power` per sample, inverse
+// transform. `transform`: all three axes of the image's size; `scratch`:
+// transform.voxels() samples from ComplexBuffer.
+SynthesisReport weight_image_synthesis(const VolumeTransform& transform, Complex* image, const SampledRanges& ranges,
+                                       float noise_power, Complex* scratch);
+
+// `count` samples of `image` into `out` in the form `output`: complex as
+// interleaved pairs, real as Re(x conj(e)) with e the unit phase `phase`,
+// magnitude as |x|.
+void write_output(const Complex* image, const Complex* phase, Index count, ReconOutput output, float* out);
