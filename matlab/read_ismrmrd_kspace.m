@@ -64,8 +64,7 @@ function [kspace, acq] = read_ismrmrd_kspace(file, varargin)
 %   Example:
 %     system('ismrmrd_generate_cartesian_shepp_logan -m 128 -c 4 -C -o sl.h5');
 %     [kspace, acq] = read_ismrmrd_kspace('sl.h5');
-%     img = homodyne_recon(kspace, acq);            % the ranges of acq
-%     combined = sqrt(sum(abs(img).^2, 4));       % root sum of squares
+%     img = homodyne_recon(kspace, acq);   % its ranges, coils (combined), noise scan
 %
 %   See also HOMODYNE_RECON.
 
