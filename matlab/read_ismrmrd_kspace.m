@@ -57,37 +57,28 @@ function [kspace, acq] = read_ismrmrd_kspace(file, varargin)
 %
 %   Every fault of the file (missing, not HDF5, no ISMRMRD dataset, truncated,
 %   absurd sizes, no readouts) raises an error with identifier
-%   homodyne:badFile whose message starts with the file name.
+%   homodyne:badFile, its message 'read_ismrmrd_kspace: FILE: fault'. Wrong
+%   arguments and options raise homodyne:usage and homodyne:badOption, as in
+%   every function of the toolbox (see HOMODYNE_RECON).
 %
 %   Example:
 %     system('ismrmrd_generate_cartesian_shepp_logan -m 128 -c 4 -C -o sl.h5');
 %     [kspace, acq] = read_ismrmrd_kspace('sl.h5');
-%     img = homodyne_recon(kspace, 'Ranges', acq.ranges);
-%     combined = sqrt(sum(abs(img).^2, 4));       % root sum of squares
+%     img = homodyne_recon(kspace, acq);   % its ranges, coils (combined), noise scan
 %
 %   See also HOMODYNE_RECON.
 
+  wrapper = 'read_ismrmrd_kspace';
   if nargin < 1 || ~ischar(file) || ~isrow(file)
-    error('homodyne:usage', 'read_ismrmrd_kspace: FILE must be a file name (text).');
+    homodyne_error(wrapper, 'usage', ['usage: [KSPACE, ACQ] = read_ismrmrd_kspace(FILE, ...): FILE must be ' ...
+                   'a file name (text); see help read_ismrmrd_kspace.']);
   end
-  remove = true;
-  if mod(numel(varargin), 2) ~= 0
-    error('homodyne:usage', 'read_ismrmrd_kspace: options come as name/value pairs.');
-  end
-  for k = 1:2:numel(varargin)
-    if ~ischar(varargin{k}) || ~strcmpi(varargin{k}, 'RemoveOversampling')
-      error('homodyne:badOption', 'read_ismrmrd_kspace: unknown option; the only option is ''RemoveOversampling''.');
-    end
-    value = varargin{k + 1};
-    if ~isscalar(value) || ~(islogical(value) || (isnumeric(value) && any(value == [0 1])))
-      error('homodyne:badOption', 'read_ismrmrd_kspace: ''RemoveOversampling'' must be true or false.');
-    end
-    remove = logical(value);
-  end
+  options = parse_options(wrapper, {
+    'RemoveOversampling', true, @(v) isscalar(v) && (islogical(v) || (isnumeric(v) && any(v == [0 1]))), 'true or false'
+  }, varargin);
   try
-    [kspace, acq] = ismrmrd_mex(file, remove);
+    [kspace, acq] = ismrmrd_mex(file, logical(options.RemoveOversampling));
   catch err
-    % The host prefixes the module's name; the user called this function.
-    error(err.identifier, 'read_ismrmrd_kspace: %s', regexprep(err.message, '^ismrmrd_mex: ', ''));
+    homodyne_error(wrapper, err);   % homodyne:badFile and the others keep their identifiers
   end
 end

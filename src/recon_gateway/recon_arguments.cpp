@@ -329,7 +329,6 @@ void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prh
     if (result_images(shape, options) != shape.coils * shape.volumes) {
         result_dims[3] = 1;
     }
-    const Index result_samples = shape.voxels() * result_images(shape, options);
 
     std::vector<Complex> copy;
     const Complex* samples = samples_of(kspace, copy);
@@ -344,6 +343,7 @@ void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prh
         const ReconReport report =
             reconstruct(shape, samples, options, static_cast<float*>(mxGetData(image)), phase_values);
 #else
+        const Index result_samples = shape.voxels() * result_images(shape, options);
         std::vector<float> pairs(complex_output ? 2 * static_cast<std::size_t>(result_samples) : 0);
         float* out = complex_output ? pairs.data() : static_cast<float*>(mxGetData(image));
         const ReconReport report = reconstruct(shape, samples, options, out, phase_values);

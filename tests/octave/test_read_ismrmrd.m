@@ -64,6 +64,12 @@ function partial_fourier_round_trip_and_recon(~)
     assert(isequal(acq.ranges, table{t, 2}) && isequal(acq.matrix, [32 24 16]) && acq.coils == 3);
     assert(isequal(size(acq.noise), [64 3] * ~isempty(strfind(table{t, 1}, 'noise'))));
     assert(isequal(homodyne_recon(kspace, 'Ranges', acq.ranges), homodyne_recon(expected, 'Ranges', table{t, 2})));
+    % The struct brings the ranges, the coils and the noise scan at the k-space's noise variance.
+    noise = {};
+    if ~isempty(acq.noise)
+      noise = {'NoiseCovariance', reshape(acq.noise * sqrt(acq.noise_variance_scale), [], 1, 1, 3)};
+    end
+    assert(isequal(homodyne_recon(kspace, acq), homodyne_recon(expected, 'Ranges', table{t, 2}, 'Coils', 4, noise{:})));
   end
 end
 
@@ -110,6 +116,7 @@ function bad_files_and_options(~)
   assert(strncmp(message, named, numel(named)) && ~isempty(strfind(message, 'not an HDF5 file')), 'got "%s"', message);
   assert(~isempty(strfind(message_of(@() read_ismrmrd_kspace(text, 'Oversampling', true)), 'homodyne:badOption read_ismrmrd_kspace: unknown option')));
   assert(~isempty(strfind(message_of(@() read_ismrmrd_kspace(text, 'RemoveOversampling', 2)), 'homodyne:badOption read_ismrmrd_kspace: ''RemoveOversampling'' must be true or false.')));
+  assert(strncmp(message_of(@() read_ismrmrd_kspace(1)), 'homodyne:usage read_ismrmrd_kspace: usage:', 42));
 end
 
 function message = message_of(call)
