@@ -95,6 +95,13 @@ void write_magnitude_images(const std::string& path, const RawKspace& scan, cons
                         [](std::complex<float> value) { return std::abs(value); });
 }
 
+void write_real_images(const std::string& path, const RawKspace& scan, const ReconShape& shape, const float* images,
+                       std::uint16_t series)
+{
+    write_images<float>(path, scan, shape, images, series, ISMRMRD::ISMRMRD_IMTYPE_REAL,
+                        [](float value) { return value; });
+}
+
 void write_complex_images(const std::string& path, const RawKspace& scan, const ReconShape& shape,
                           const std::complex<float>* images, std::uint16_t series)
 {

@@ -21,6 +21,9 @@ void write_magnitude_images(const std::string& path, const RawKspace& scan, cons
                             std::uint16_t series = 1);
 void write_magnitude_images(const std::string& path, const RawKspace& scan, const ReconShape& shape,
                             const std::complex<float>* images, std::uint16_t series = 1);
+// Real images (float, ISMRMRD_IMTYPE_REAL), signs kept.
+void write_real_images(const std::string& path, const RawKspace& scan, const ReconShape& shape, const float* images,
+                       std::uint16_t series = 1);
 // Complex images (complex float, ISMRMRD_IMTYPE_COMPLEX).
 void write_complex_images(const std::string& path, const RawKspace& scan, const ReconShape& shape,
                           const std::complex<float>* images, std::uint16_t series = 1);

@@ -33,18 +33,32 @@ constexpr double planning_seconds = 0.5;
 // host's wisdom is set aside and the toolbox's own put in its place; after
 // it, the toolbox keeps what it learned and the host gets its wisdom back
 // exactly as it was. Planning runs on one thread only (see the header).
+std::string& own_wisdom()
+{
+    static std::string wisdom;
+    return wisdom;
+}
+
+std::string export_wisdom()
+{
+    char* text = fftwf_export_wisdom_to_string();
+    std::string copy = text != nullptr ? text : "";
+    std::free(text);
+    return copy;
+}
+
 class PlannerWisdom {
 public:
     PlannerWisdom() : host_(export_wisdom())
     {
         fftwf_forget_wisdom();
-        if (!own().empty()) {
-            fftwf_import_wisdom_from_string(own().c_str());
+        if (!own_wisdom().empty()) {
+            fftwf_import_wisdom_from_string(own_wisdom().c_str());
         }
     }
     ~PlannerWisdom()
     {
-        own() = export_wisdom();
+        own_wisdom() = export_wisdom();
         fftwf_forget_wisdom();
         fftwf_import_wisdom_from_string(host_.c_str());
     }
@@ -52,22 +66,18 @@ public:
     PlannerWisdom& operator=(const PlannerWisdom&) = delete;
 
 private:
-    static std::string& own()
-    {
-        static std::string wisdom;
-        return wisdom;
-    }
-    static std::string export_wisdom()
-    {
-        char* text = fftwf_export_wisdom_to_string();
-        std::string copy = text != nullptr ? text : "";
-        std::free(text);
-        return copy;
-    }
     std::string host_;
 };
 
 }  // namespace
+
+std::string toolbox_wisdom() { return own_wisdom(); }
+
+bool add_toolbox_wisdom(const std::string& text)
+{
+    const PlannerWisdom wisdom;
+    return fftwf_import_wisdom_from_string(text.c_str()) != 0;
+}
 
 VolumeTransform::VolumeTransform(const std::array<Index, 3>& n, const std::array<bool, 3>& axes, bool measured)
     : n_(n)

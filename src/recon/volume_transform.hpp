@@ -14,10 +14,18 @@
 
 #include <complex>
 #include <memory>
+#include <string>
 
 #include "recon/recon_shape.hpp"
 
 using Complex = std::complex<float>;
+
+// The toolbox's own wisdom (the plans it has measured in this process) as
+// FFTW's text, and such text from an earlier process added to it (false when
+// FFTW refuses the text). A front end that runs once per file keeps it
+// between runs, so that only the first run spends its time measuring.
+std::string toolbox_wisdom();
+bool add_toolbox_wisdom(const std::string& text);
 
 // Complex samples aligned as FFTW's SIMD code wants them (fftwf_malloc).
 class ComplexBuffer {

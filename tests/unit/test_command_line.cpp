@@ -1,0 +1,184 @@
+// The homodyne-recon program, run as a user runs it, on files written from a
+// known k-space: its images equal the core's reconstruction of that k-space
+// (prewhitened with the file's noise readouts),
+// and every bad file or option gives one line naming it, the right exit
+// status and no output.
+
+#include <gtest/gtest.h>
+#include <hdf5.h>
+#include <ismrmrd/dataset.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "rawdata/raw_kspace.hpp"
+#include "recon/noise_whitening.hpp"
+#include "recon/reconstruct.hpp"
+#include "scan_file_writer.hpp"
+
+namespace {
+
+std::string data_file(const std::string& name) { return std::string(TEST_DATA_DIR) + "/cli_" + name; }
+
+struct ProgramRun {
+    int status;
+    std::string errors;
+};
+
+ProgramRun homodyne_recon(const std::string& arguments)
+{
+    const std::string errors = data_file("stderr.txt");
+    const int code = std::system(("\"" HOMODYNE_RECON_PROGRAM "\" " + arguments + " 2> \"" + errors + "\"").c_str());
+    std::ifstream in(errors);
+    std::stringstream text;
+    text << in.rdbuf();
+    return {WIFEXITED(code) ? WEXITSTATUS(code) : -1, text.str()};
+}
+
+// Two coils of an object-like k-space (peaked at k = 0) in two volumes,
+// ky kept from -8 to 3 of 16.
+SyntheticScan partial_scan()
+{
+    SyntheticScan scan;
+    scan.shape.n = {16, 16, 4};
+    scan.shape.coils = 2;
+    scan.shape.volumes = 2;
+    scan.keep[AXIS_Y] = KRange{-8, 3};
+    scan.kspace.resize(scan.shape.samples());
+    for (Index i = 0; i < scan.shape.samples(); ++i) {
+        const Index x = i % 16 - 8, y = i / 16 % 16 - 8, z = i / 256 % 4 - 2, image = i / scan.shape.voxels();
+        const float envelope = std::exp(-0.2f * static_cast<float>(x * x + y * y + z * z));
+        const bool kept = y <= 3;
+        scan.kspace[i] = kept ? envelope * std::complex<float>(1.0f + 0.1f * image, 0.3f * std::sin(float(i))) : 0.0f;
+    }
+    return scan;
+}
+
+// Every image of image_1 in `path`: channels x voxels values per image.
+template <typename T>
+std::vector<T> images_in(const std::string& path, Index images, const std::array<Index, 4>& matrix)
+{
+    ISMRMRD::Dataset file(path.c_str(), "dataset", false);
+    EXPECT_EQ(file.getNumberOfImages("image_1"), static_cast<std::size_t>(images));
+    std::vector<T> values;
+    for (Index i = 0; i < images; ++i) {
+        ISMRMRD::Image<T> image;
+        file.readImage("image_1", i, image);
+        EXPECT_EQ((std::array<Index, 4>{image.getMatrixSizeX(), image.getMatrixSizeY(), image.getMatrixSizeZ(),
+                                        image.getNumberOfChannels()}),
+                  matrix);
+        values.insert(values.end(), image.getDataPtr(), image.getDataPtr() + image.getNumberOfDataElements());
+    }
+    return values;
+}
+
+template <typename T>
+void expect_within_rounding(const std::vector<T>& got, const std::vector<T>& expected)
+{
+    ASSERT_EQ(got.size(), expected.size());
+    double largest = 0, error = 0;
+    for (std::size_t i = 0; i < got.size(); ++i) {
+        largest = std::max(largest, double(std::abs(expected[i])));
+        error = std::max(error, double(std::abs(got[i] - expected[i])));
+    }
+    EXPECT_GT(largest, 0.0);
+    EXPECT_LE(error, 1e-5 * largest);
+}
+
+}  // namespace
+
+TEST(CommandLine, ImagesEqualTheCoreOnTheSameKspace)
+{
+    SyntheticScan scan = partial_scan();
+    scan.noise_readouts = 8;
+    const std::string in = data_file("scan.h5"), out = data_file("images.h5"), png = data_file("montage.png");
+    write_scan_file(in, scan);
+    // The coils are prewhitened with the covariance of the file's noise
+    // readouts, in the units of the k-space's noise.
+    const RawKspace raw = read_raw_kspace(in);
+    ReconShape noise_shape;
+    noise_shape.n[0] = raw.noise_samples;
+    noise_shape.coils = 2;
+    ReconOptions options;
+    options.noise_covariance = noise_covariance_from_scan(raw.noise.data(), noise_shape, 2);
+    for (std::complex<float>& entry : options.noise_covariance) {
+        entry *= raw.noise_variance_scale;
+    }
+    options.covariance_rows = options.covariance_columns = 2;
+    options.ranges = scan.keep;
+
+    // POCS magnitude, coils combined adaptively (the defaults).
+    options.output = ReconOutput::magnitude;
+    std::vector<float> combined(static_cast<std::size_t>(scan.shape.voxels() * scan.shape.volumes));
+    reconstruct(scan.shape, scan.kspace.data(), options, combined.data());
+    const std::string wisdom = data_file("wisdom.txt");
+    std::filesystem::remove(wisdom);
+    ProgramRun run = homodyne_recon("--wisdom " + wisdom + " \"" + in + "\" \"" + out + "\"");
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_NE(run.errors.find("volume 2 of 2"), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find("prewhitened"), std::string::npos) << run.errors;
+    expect_within_rounding(images_in<float>(out, 2, {16, 16, 4, 1}), combined);
+    std::ifstream kept(wisdom);
+    std::string first_word;
+    kept >> first_word;
+    EXPECT_EQ(first_word.rfind("(fftw-", 0), 0u) << first_word;  // the plans POCS measured, for the next run
+
+    // One-pass homodyne, complex, one channel per coil, quiet, with a montage.
+    options.method = ReconMethod::homodyne;
+    options.output = ReconOutput::complex;
+    options.combination = CoilCombination::none;
+    std::vector<std::complex<float>> coils(static_cast<std::size_t>(scan.shape.samples()));
+    reconstruct(scan.shape, scan.kspace.data(), options, reinterpret_cast<float*>(coils.data()));
+    run = homodyne_recon("--method homodyne --output=complex --coil-combine none --quiet --png \"" + png + "\" \"" +
+                         in + "\" \"" + out + "\"");
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    expect_within_rounding(images_in<std::complex<float>>(out, 2, {16, 16, 4, 2}), coils);
+    EXPECT_GT(std::filesystem::file_size(png), 0u);
+}
+
+TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
+{
+    const std::string good = data_file("good.h5"), out = data_file("never.h5"), png = data_file("never.png");
+    SyntheticScan scan = partial_scan();
+    write_scan_file(good, scan);
+    const std::string narrow = data_file("narrow.h5");  // ky -8 .. 0: too little for one pass
+    scan.keep[AXIS_Y] = KRange{-8, 0};
+    write_scan_file(narrow, scan);
+    const std::string text = data_file("text.h5"), empty = data_file("empty.h5"), truncated = data_file("truncated.h5");
+    std::ofstream(text) << "not HDF5\n";
+    H5Fclose(H5Fcreate(empty.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT));
+    std::filesystem::copy_file(good, truncated, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::resize_file(truncated, std::filesystem::file_size(good) / 2);
+    const std::string outputs = " " + out + " --png " + png;
+    const struct {
+        std::string arguments, message;
+        int status;
+    } cases[] = {
+        {data_file("absent.h5") + outputs, data_file("absent.h5") + ": no such file", 1},
+        {text + outputs, text + ": not an HDF5 file", 1},
+        {empty + outputs, empty + ": no ISMRMRD dataset", 1},
+        {truncated + outputs, truncated + ": ", 1},
+        {"--method homodyne " + narrow + outputs, narrow + ": the y range [-8 0] covers less than 55 %", 1},
+        {"--colour red " + good + outputs, "--colour: unknown option", 2},
+        {good + outputs + " --iterations", "--iterations: needs a value", 2},
+        {"--iterations 0 " + good + outputs, "--iterations must be a whole number from 1 to 10000", 2},
+        {"--threads 1.5 " + good + outputs, "--threads: '1.5' is not a whole number", 2},
+        {good, "expects INPUT.h5 OUTPUT.h5", 2},
+    };
+    for (const auto& c : cases) {
+        const ProgramRun run = homodyne_recon(c.arguments);
+        EXPECT_EQ(run.status, c.status) << c.arguments;
+        EXPECT_EQ(run.errors.rfind("homodyne-recon: " + c.message, 0), 0u) << run.errors;
+        EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << run.errors;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(TEST_DATA_DIR)) {
+        EXPECT_EQ(entry.path().filename().string().rfind("cli_never", 0), std::string::npos) << entry.path();
+    }
+}
