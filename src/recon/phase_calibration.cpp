@@ -78,8 +78,17 @@ void calibration_image(const VolumeTransform& transform, const SampledBox& box, 
 
 void keep_phase(Complex* image, Index count)
 {
+    // Below this fraction of the largest magnitude the calibration image is
+    // transform rounding, whose phase changes with the FFT plan (and so
+    // between processes): such voxels take phase 0, like exact zeros.
+    constexpr float rounding_floor = 1e-5f;
+    float largest = 0.0f;
+    for (Index i = 0; i < count; ++i) {
+        largest = std::max(largest, std::abs(image[i]));
+    }
+    const float floor = rounding_floor * largest;
     for (Index i = 0; i < count; ++i) {
         const float m = std::abs(image[i]);
-        image[i] = m > 0.0f ? image[i] / m : Complex(1.0f, 0.0f);
+        image[i] = m > floor && m > 0.0f ? image[i] / m : Complex(1.0f, 0.0f);
     }
 }

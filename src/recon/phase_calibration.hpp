@@ -28,5 +28,7 @@ float window_value(CalibrationWindow window, double t);
 void calibration_image(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
                        const std::array<Index, 3>& peak, CalibrationWindow window, Complex* image);
 
-// Replaces every value of a calibration image by its phase, e^{i phi}.
+// Replaces every value of a calibration image by its phase, e^{i phi}; values
+// below 1e-5 of the largest magnitude (transform rounding, whose phase
+// depends on the FFT plan) and zeros take phase 0.
 void keep_phase(Complex* image, Index count);

@@ -23,10 +23,10 @@ namespace {
 fftwf_complex* as_fftw(Complex* p) { return reinterpret_cast<fftwf_complex*>(p); }
 
 // FFTW_MEASURE times candidate plans on the scratch buffer: 5-7x faster
-// transforms than FFTW_ESTIMATE's guesses on 256 x 256 x 64 (measured).
-// Unbounded, that took up to 14 s the first time a shape was seen in a
-// process; the planner keeps the best plan it has found after this long.
-constexpr double planning_seconds = 0.5;
+// transforms than FFTW_ESTIMATE's guesses on 256 x 256 x 64 (measured),
+// for 1-14 s of planning the first time a shape is seen in a process. A
+// planning time limit of 0.5 s per plan was tried and made POCS on 8 coils
+// of that size about 3x slower, so planning is left unbounded.
 
 // FFTW's wisdom (the plans it has measured) is global to the process and
 // shared with the host's own fft. For the length of one planning, the
@@ -104,11 +104,8 @@ VolumeTransform::VolumeTransform(const std::array<Index, 3>& n, const std::array
     fftwf_complex* data = as_fftw(scratch.data());
     const PlannerWisdom wisdom;
     const unsigned flags = measured ? FFTW_MEASURE : FFTW_ESTIMATE;
-    // The time limit is global too; hosts such as Octave plan without one.
-    fftwf_set_timelimit(planning_seconds);
     inverse_ = fftwf_plan_guru_dft(rank, chosen, loops, loop, data, data, FFTW_BACKWARD, flags);
     forward_ = fftwf_plan_guru_dft(rank, chosen, loops, loop, data, data, FFTW_FORWARD, flags);
-    fftwf_set_timelimit(FFTW_NO_TIMELIMIT);
     if (inverse_ == nullptr || forward_ == nullptr) {
         release();
         throw ReconError("homodyne:internal", "FFTW could not plan a transform of the image size.");

@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "recon/phase_calibration.hpp"
 #include "recon/pocs.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/reconstruct.hpp"
@@ -126,6 +127,18 @@ TEST(Pocs, ProjectionWorkedValues)
 // measured): measured samples replace the estimate, blended over a
 // one-sample band at the cut edge (sin^2(pi/4) = 0.5 at y = 0), and the
 // residual is ||e - m||^2 = 50 + 2 + 20.
+// Voxels at the level of transform rounding carry no phase: a perturbation of
+// that size (as another FFT plan makes) must not turn their phase around.
+TEST(Pocs, PhaseOfRoundingLevelVoxelsIsZero)
+{
+    std::vector<Complex> image = {{3.0f, 4.0f}, {0.0f, 0.0f}, {-2e-6f, 1e-6f}, {0.0f, -5e-4f}};
+    keep_phase(image.data(), static_cast<Index>(image.size()));
+    EXPECT_EQ(image[0], Complex(0.6f, 0.8f));
+    EXPECT_EQ(image[1], Complex(1.0f, 0.0f));
+    EXPECT_EQ(image[2], Complex(1.0f, 0.0f));  // 4e-7 of the largest: rounding
+    EXPECT_NEAR(image[3].imag(), -1.0f, 1e-6f);  // 1e-4 of the largest: a phase of its own
+}
+
 TEST(Pocs, DataStepRestoresBlock)
 {
     ReconShape shape;
