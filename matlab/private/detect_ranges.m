@@ -93,7 +93,11 @@ function [range, found] = missing_by_energy(energy, n, range, found)
     ratios = energy(run) ./ max(energy(2 * centre - run), realmin);
     steps = energy(run - side) ./ max(energy(run), realmin);   % to the next plane inward
     found.ratio = min([found.ratio; ratios]);
-    outer = abs(run(:) - centre) >= n / 8;   % a block missing at 5/8 or more ends there
+    % Lines not acquired end in a step at |k| >= n/8 (5/8 or more acquired)
+    % that leaves two or more planes outside it: a weak outermost plane alone
+    % is a dip of the spectrum (an object's phase makes them), and missing
+    % only it would cost nothing.
+    outer = abs(run(:) - centre) >= n / 8 & (1:numel(run))' >= 2;
     found.one_sided = found.one_sided || any(ratios < 0.4 & steps >= 3 & outer);
     cut = find(ratios < 0.1 & steps >= 5, 1, 'last');
     if isempty(cut)
