@@ -28,13 +28,15 @@ cli:
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release
 	cmake --build $(BUILD_DIR) -j2 --target homodyne-recon make_scan_file
 
-# The main job: reconstruct partial-Fourier phantoms, print errors and times,
-# and write out/homodyne_demo.png.
+# The main job: reconstruct partial-Fourier phantoms (single coil and 8 noisy
+# coils), print errors and times, write out/homodyne_demo.png; then the same
+# from raw data: a partial-Fourier ISMRMRD file made from the library's 8-coil
+# phantom, reconstructed by the command line (out/scan/shepp_logan_pf*).
 demo: mex cli
 	$(OCTAVE) --eval "addpath('matlab'); demo_homodyne"
+	scripts/demo_scan.sh $(BUILD_DIR) out/scan
 
-# A partial-Fourier ISMRMRD file made from the library's 8-coil phantom and
-# reconstructed with the command line: out/scan/shepp_logan_pf*.
+# Only the raw-data part of the demo.
 demo-scan: cli
 	scripts/demo_scan.sh $(BUILD_DIR) out/scan
 
@@ -89,4 +91,4 @@ check-package: dist
 	scripts/check_package.sh $(DIST_TARBALL)
 
 clean:
-	rm -rf $(BUILD_DIR) $(SANITIZE_BUILD_DIR) $(FUZZ_BUILD_DIR) out matlab/homodyne_mex.mex matlab/ismrmrd_mex.mex
+	rm -rf $(BUILD_DIR) $(SANITIZE_BUILD_DIR) $(FUZZ_BUILD_DIR) out matlab/*.mex
