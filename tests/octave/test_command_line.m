@@ -9,14 +9,6 @@ function cases = test_command_line()
   };
 end
 
-function path = data_file(name)
-  folder = getenv('HOMODYNE_TEST_DATA');
-  if ~exist(folder, 'dir')
-    mkdir(folder);
-  end
-  path = fullfile(folder, name);
-end
-
 function run(command)
   [status, output] = system(command);
   assert(status == 0, '%s failed: %s', command, output);
@@ -39,11 +31,11 @@ function same_images_as_octave_from_the_file(~)
       kspace(:, :, :, c, v) = fftshift(fftn(ifftshift(image .* sensitivity)));
     end
   end
-  raw = data_file('cli_kspace.raw');
+  raw = test_data_file('cli_kspace.raw');
   fid = fopen(raw, 'w');
   fwrite(fid, [real(kspace(:)), imag(kspace(:))].', 'float32');
   fclose(fid);
-  file = data_file('cli_scan.h5');
+  file = test_data_file('cli_scan.h5');
   run(sprintf('"%s" "%s" --kspace "%s" 24 20 8 2 2 --keep-y -10 5 --keep-z -3 3 --noise 16', ...
               getenv('HOMODYNE_MAKE_SCAN_FILE'), file, raw));
   [k, acq] = read_ismrmrd_kspace(file);
@@ -55,7 +47,7 @@ function same_images_as_octave_from_the_file(~)
   };
   for t = 1:size(table, 1)
     expected = homodyne_recon(k, table{t, 1}{:});
-    images = data_file('cli_images.h5');
+    images = test_data_file('cli_images.h5');
     run(sprintf('"%s" --quiet %s "%s" "%s"', getenv('HOMODYNE_RECON_PROGRAM'), table{t, 2}, file, images));
     run(sprintf('"%s" "%s" "%s"', getenv('HOMODYNE_DUMP_IMAGES'), images, raw));
     fid = fopen(raw, 'r');

@@ -12,22 +12,14 @@ function cases = test_read_ismrmrd()
   };
 end
 
-function path = data_file(name)
-  folder = getenv('HOMODYNE_TEST_DATA');
-  if ~exist(folder, 'dir')
-    mkdir(folder);
-  end
-  path = fullfile(folder, name);
-end
-
 % Writes KSPACE (x y z coils volumes) as raw interleaved float32 and makes an
 % ISMRMRD file of it with make_scan_file and OPTIONS.
 function path = scan_file(name, kspace, options)
-  raw = data_file([name '.raw']);
+  raw = test_data_file([name '.raw']);
   fid = fopen(raw, 'w');
   fwrite(fid, [real(single(kspace(:))), imag(single(kspace(:)))].', 'float32');
   fclose(fid);
-  path = data_file([name '.h5']);
+  path = test_data_file([name '.h5']);
   sizes = [size(kspace), ones(1, 5 - ndims(kspace))];
   command = sprintf('"%s" "%s" --kspace "%s" %s %s', getenv('HOMODYNE_MAKE_SCAN_FILE'), path, raw, ...
                     sprintf('%d ', sizes), options);
@@ -88,16 +80,16 @@ end
 % The library's own phantom file: noise scan recognised, then lines dropped
 % at the positive end of ky by make_scan_file and found again by the reader.
 function shepp_logan_file_cut_to_partial_fourier(~)
-  source = data_file('shepp_logan.h5');
+  source = test_data_file('shepp_logan.h5');
   [status, output] = system(sprintf('ismrmrd_generate_cartesian_shepp_logan -m 32 -c 4 -C -o "%s"', source));
   assert(status == 0, output);
   [kspace, acq] = read_ismrmrd_kspace(source);
   assert(isequal(size(kspace), [32 32 1 4]) && ~isempty(acq.noise) && acq.noise_variance_scale == 0.5);
   [status, output] = system(sprintf('"%s" "%s" --from "%s" --keep-y -16 5', getenv('HOMODYNE_MAKE_SCAN_FILE'), ...
-                                    data_file('shepp_logan_pf.h5'), source));
+                                    test_data_file('shepp_logan_pf.h5'), source));
   assert(status == 0, output);
   [full, ~] = read_ismrmrd_kspace(source, 'RemoveOversampling', false);
-  [partial, acq] = read_ismrmrd_kspace(data_file('shepp_logan_pf.h5'), 'RemoveOversampling', false);
+  [partial, acq] = read_ismrmrd_kspace(test_data_file('shepp_logan_pf.h5'), 'RemoveOversampling', false);
   full(:, 23:end, :, :) = 0;
   assert(isequal(partial, full) && isequal(acq.ranges, {[], [-16 5], []}));
   img = homodyne_recon(partial, 'Ranges', acq.ranges);
@@ -107,7 +99,7 @@ end
 % Each fault of a file, with its message, is the reader's own unit test; here
 % how one reaches the user: the identifier and the function's and file's names.
 function bad_files_and_options(~)
-  text = data_file('text.h5');
+  text = test_data_file('text.h5');
   fid = fopen(text, 'w');
   fprintf(fid, 'not HDF5\n');
   fclose(fid);
