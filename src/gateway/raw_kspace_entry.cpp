@@ -7,12 +7,10 @@
 // is the host error raised with the failure's identifier.
 
 #include <algorithm>
-#include <cstdio>
-#include <exception>
-#include <new>
 #include <string>
 #include <vector>
 
+#include "gateway/error_barrier.hpp"
 #include "gateway/host_arrays.hpp"
 #include "rawdata/raw_kspace.hpp"
 #include "recon/recon_error.hpp"
@@ -115,26 +113,7 @@ void read_file(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 
 void mexFunction(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 {
-    // The identifier and message outlive the exception that carried them; plain
-    // buffers have nothing to release if the host's error function never returns.
-    char id[64] = "";
-    char message[1024] = "";
-    const auto fail = [&](const char* identifier, const char* text) {
-        std::snprintf(id, sizeof id, "%s", identifier);
-        std::snprintf(message, sizeof message, "%s", text);
-    };
-    try {
-        read_file(nlhs, plhs, nrhs, prhs);
-    } catch (const ReconError& error) {
-        fail(error.id.c_str(), error.what());
-    } catch (const std::bad_alloc&) {
-        fail("homodyne:noMemory", "out of memory while reading the raw-data file");
-    } catch (const std::exception& error) {
-        fail("homodyne:internal", error.what());
-    } catch (...) {
-        fail("homodyne:internal", "reading the raw-data file failed");
-    }
-    if (id[0] != '\0') {
-        mexErrMsgIdAndTxt(id, "%s", message);
-    }
+    run_behind_error_barrier([&] { read_file(nlhs, plhs, nrhs, prhs); },
+                             "out of memory while reading the raw-data file",
+                             "reading the raw-data file failed");
 }

@@ -8,11 +8,9 @@
 // inputs are never written. Every failure becomes a host error with a
 // homodyne:... identifier, raised only after the call's C++ objects are gone.
 
-#include <cstdio>
-#include <exception>
-#include <new>
 #include <string>
 
+#include "gateway/error_barrier.hpp"
 #include "recon/recon_error.hpp"
 #include "recon_gateway/recon_arguments.hpp"
 #include "mex.h"
@@ -35,26 +33,9 @@ void dispatch(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 
 void mexFunction(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 {
-    char id[64] = "";
-    char message[512] = "";
-    const auto fail = [&](const char* identifier, const char* text) {
-        std::snprintf(id, sizeof id, "%s", identifier);
-        std::snprintf(message, sizeof message, "%s", text);
-    };
-    try {
-        dispatch(nlhs, plhs, nrhs, prhs);
-    } catch (const ReconError& error) {
-        fail(error.id.c_str(), error.what());
-    } catch (const std::bad_alloc&) {
-        fail("homodyne:noMemory", "Out of memory: the reconstruction's buffers could not be allocated.");
-    } catch (const std::exception& error) {
-        fail("homodyne:internal", error.what());
-    } catch (...) {
-        fail("homodyne:internal", "Internal error: the reconstruction failed.");
-    }
-    if (id[0] != '\0') {
-        mexErrMsgIdAndTxt(id, "%s", message);
-    }
+    run_behind_error_barrier([&] { dispatch(nlhs, plhs, nrhs, prhs); },
+                             "Out of memory: the reconstruction's buffers could not be allocated.",
+                             "Internal error: the reconstruction failed.");
 }
 
 #if !defined(MATLAB_MEX_FILE)
