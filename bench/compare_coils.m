@@ -27,13 +27,13 @@ function report = compare_coils()
 
   [volume, ~] = homodyne_phantom([256 256 64]);
   [small, ~] = homodyne_phantom([128 128 32]);
-  objects = {volume(:, :, 33), volume(:, :, 41), small};
-  names = {'slice 33, ky 5/8', 'slice 41, ky 3/4 at +ky', '3-D 128x128x32, ky 5/8, kz 3/4'};
-  ranges = {{[], [-32 127], []}, {[], [-128 63], []}, {[], [-16 63], [-8 15]}};
+  objects = {volume(:, :, 33), volume(:, :, 41), small, small};
+  names = {'slice 33, ky 5/8', 'slice 41, ky 3/4 at +ky', '3-D 128x128x32, ky 5/8, kz 3/4', '3-D 128x128x32, kz 3/4'};
+  ranges = {{[], [-32 127], []}, {[], [-128 63], []}, {[], [-16 63], [-8 15]}, {[], [], [-8 15]}};
   randn('seed', 17);
 
   single_rows = {};
-  for o = 1:3
+  for o = 1:numel(objects)
     for snr = [20 50]
       single_rows(end + 1, :) = {names{o}, snr, single_coil_case(double(objects{o}), ranges{o}, snr)};
     end

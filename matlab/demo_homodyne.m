@@ -21,7 +21,7 @@ function demo_homodyne(png_file)
 %   at SNR 20 (sd = mean object intensity / 20 per coil image), ky 5/8, and
 %   compares zero filling (RSS), the RSS of per-coil POCS ('CoilCombine',
 %   'rss') and the default: per-coil POCS, adaptive combination and
-%   noise-adaptive synthesis, against the noiseless fully sampled
+%   the noise-adaptive step, against the noiseless fully sampled
 %   combination, after a best-fit global scale; the table adds the floor,
 %   the RSS of the fully sampled noisy coils.
 %
@@ -91,7 +91,7 @@ function demo_homodyne(png_file)
   fprintf('  rows: the cases above; columns: reference, zero filled, one-pass homodyne, POCS,\n');
   fprintf('  10 x |error| of zero filled, one-pass and POCS (central axial slice), each labelled;\n');
   fprintf('  last row: 8 coils at SNR 20, reference (combined fully sampled), zero filled (RSS),\n');
-  fprintf('  RSS of per-coil POCS, the adaptive combination with noise-adaptive synthesis, their errors\n');
+  fprintf('  RSS of per-coil POCS, the adaptive combination with the noise-adaptive step, their errors\n');
   fprintf('Total demo time: %.1f s\n', toc(started));
 end
 

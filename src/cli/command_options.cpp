@@ -68,8 +68,10 @@ const OptionRow option_table[] = {
      [](CommandOptions& o, const std::string& v) { o.recon.combination = combination_named(v); }},
     {"--noise-adaptive", "on|off", "NoiseAdaptive",
      "on (default): every synthesised k-space sample weighted by\n"
-     "max(0, 1 - 2 sigma^2 / P), P the power around its measured partner;\n"
-     "sigma from the file's noise readouts, else estimated from the data",
+     "max(0, 1 - f sigma^2 / P), P the power around its measured partner\n"
+     "(f = 2 after the real form, 1 after the magnitude form), and the\n"
+     "image's part at right angles to its phase by its own SNR; sigma from\n"
+     "the file's noise readouts, else estimated from the data",
      [](CommandOptions& o, const std::string& v) { o.recon.noise_adaptive = switch_of("--noise-adaptive", v); }},
     {"--no-prewhitening", nullptr, nullptr,
      "ignore the file's noise-only readouts (by default the coils are\n"

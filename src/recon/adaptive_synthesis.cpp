@@ -35,14 +35,30 @@ void smooth_axis(std::vector<float>& values, const std::array<Index, 3>& n, int 
     }
 }
 
+void smooth(std::vector<float>& values, const std::array<Index, 3>& n)
+{
+    for (int axis = 0; axis < 3; ++axis) {
+        smooth_axis(values, n, axis);
+    }
+}
+
+// The Wiener-type weight max(0, 1 - noise / power).
+inline float weight_of(float power, float noise)
+{
+    return power > noise ? 1.0f - noise / power : 0.0f;
+}
+
 }  // namespace
 
-SynthesisReport weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
-                                           const SampledRanges& ranges, float noise_power, KSpaceOrder order)
+void weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
+                                const SampledRanges& ranges, float noise_power, PhaseConstraint form,
+                                KSpaceOrder order, SynthesisReport& report)
 {
-    SynthesisReport report;
+    report.synthesised = 0;
+    report.mean_weight = 1.0;
+    report.removed = 0;
     if (!(noise_power > 0.0f)) {
-        return report;
+        return;
     }
     const Index count = n[0] * n[1] * n[2];
     std::array<std::vector<Index>, 3> mirrored;
@@ -64,22 +80,20 @@ SynthesisReport weight_synthesised_samples(std::complex<float>* kspace, const st
             }
         }
     }
-    for (int axis = 0; axis < 3; ++axis) {
-        smooth_axis(power, n, axis);
-    }
+    smooth(power, n);
 
-    const float twice_noise = 2.0f * noise_power;
+    const float noise = (form == PhaseConstraint::magnitude ? 1.0f : 2.0f) * noise_power;
     double weights = 0.0;
     s = 0;
     for (Index z = 0; z < n[2]; ++z) {
         for (Index y = 0; y < n[1]; ++y) {
             const bool line_sampled = sampled[1][y] && sampled[2][z];
+            const bool partner_line_sampled = sampled[1][mirrored[1][y]] && sampled[2][mirrored[2][z]];
             for (Index x = 0; x < n[0]; ++x, ++s) {
-                if (line_sampled && sampled[0][x]) {
+                if ((line_sampled && sampled[0][x]) || !(partner_line_sampled && sampled[0][mirrored[0][x]])) {
                     continue;
                 }
-                const float p = power[s];
-                const float weight = p > twice_noise ? 1.0f - twice_noise / p : 0.0f;
+                const float weight = weight_of(power[s], noise);
                 kspace[s] = weight * kspace[s];
                 weights += weight;
                 report.removed += weight == 0.0f;
@@ -87,6 +101,35 @@ SynthesisReport weight_synthesised_samples(std::complex<float>* kspace, const st
             }
         }
     }
-    report.mean_weight = report.synthesised > 0 ? weights / static_cast<double>(report.synthesised) : 1.0;
-    return report;
+    if (report.synthesised > 0) {
+        report.mean_weight = weights / static_cast<double>(report.synthesised);
+    }
+}
+
+void weight_quadrature(std::complex<float>* image, const std::complex<float>* phase, const std::array<Index, 3>& n,
+                       float component_power, SynthesisReport& report)
+{
+    report.quadrature_weight = 1.0;
+    if (!(component_power > 0.0f)) {
+        return;
+    }
+    const Index count = n[0] * n[1] * n[2];
+    // In-phase and quadrature parts: x conj(e) = a + i b.
+    std::vector<float> in_phase(static_cast<std::size_t>(count)), power(static_cast<std::size_t>(count));
+    for (Index i = 0; i < count; ++i) {
+        const std::complex<float> x = image[i], e = phase[i];
+        const float b = x.imag() * e.real() - x.real() * e.imag();
+        in_phase[i] = x.real() * e.real() + x.imag() * e.imag();
+        power[i] = b * b;
+    }
+    smooth(power, n);
+    double weights = 0.0;
+    for (Index i = 0; i < count; ++i) {
+        const std::complex<float> x = image[i], e = phase[i];
+        const float w = weight_of(power[i], component_power);
+        const float a = in_phase[i], b = w * (x.imag() * e.real() - x.real() * e.imag());
+        image[i] = std::complex<float>(a * e.real() - b * e.imag(), a * e.imag() + b * e.real());
+        weights += w;
+    }
+    report.quadrature_weight = weights / static_cast<double>(count);
 }

@@ -45,6 +45,15 @@ float combined_noise_power(const Complex* sensitivities, const ReconShape& one_v
     return static_cast<float>(sum / static_cast<double>(voxels));
 }
 
+// The constraint most of a volume's coils kept (the magnitude form on a tie).
+PhaseConstraint common_constraint(const VolumeReport* coils, Index count)
+{
+    const Index real = std::count_if(coils, coils + count, [](const VolumeReport& r) {
+        return r.constraint == PhaseConstraint::real_part;
+    });
+    return 2 * real > count ? PhaseConstraint::real_part : PhaseConstraint::magnitude;
+}
+
 std::vector<Complex> unit_phases(const float* radians, Index count)
 {
     std::vector<Complex> e(static_cast<std::size_t>(count));
@@ -88,7 +97,8 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     const Index images = shape.coils * shape.volumes;
     std::vector<Complex> coil_images(static_cast<std::size_t>(shape.samples()));
     std::vector<Complex> lowres(adaptive ? static_cast<std::size_t>(shape.samples()) : 0);
-    std::vector<float> coil_phase(combination == CoilCombination::none ? static_cast<std::size_t>(shape.samples()) : 0);
+    const bool coil_phases = combination == CoilCombination::none || (weighting && !adaptive);
+    std::vector<float> coil_phase(coil_phases ? static_cast<std::size_t>(shape.samples()) : 0);
 
     ReconReport report;
     report.images.resize(static_cast<std::size_t>(images));
@@ -124,7 +134,8 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
             if (weighting && !adaptive) {
                 const float power = noise.coil_power[static_cast<std::size_t>(j)];
                 report.image_sigma[j] = std::sqrt(power);
-                report.synthesis[j] = weight_image_synthesis(all, x, options.ranges, power, scratch.data());
+                report.synthesis[j] = noise_adaptive_step(all, x, unit_phases(radians, voxels).data(), options.ranges,
+                                                          power, report.images[j].constraint, scratch.data());
             }
         }
     });
@@ -172,7 +183,9 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                     const float power = combined_noise_power(s.data(), one_volume, noise.coil_power.data() + v * shape.coils);
                     report.image_sigma[v] = std::sqrt(power);
                     report.synthesis[v] =
-                        weight_image_synthesis(all, combined.data(), options.ranges, power, scratch.data());
+                        noise_adaptive_step(all, combined.data(), e.data(), options.ranges, power,
+                                            common_constraint(report.images.data() + v * shape.coils, shape.coils),
+                                            scratch.data());
                 }
                 if (!report.sensitivities.empty()) {
                     std::copy(s.begin(), s.end(), report.sensitivities.begin() + v * shape.volume_stride());

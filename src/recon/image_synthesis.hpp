@@ -7,12 +7,15 @@
 #include "recon/recon_options.hpp"
 #include "recon/volume_transform.hpp"
 
-// Forward transform (unnormalised, so the k-space keeps the data's units),
-// weight_synthesised_samples with `noise_power` per sample, inverse
-// transform. `transform`: all three axes of the image's size; `scratch`:
-// transform.voxels() samples from ComplexBuffer.
-SynthesisReport weight_image_synthesis(const VolumeTransform& transform, Complex* image, const SampledRanges& ranges,
-                                       float noise_power, Complex* scratch);
+// The noise-adaptive step on `image`: forward transform (unnormalised, so
+// the k-space keeps the data's units), weight_synthesised_samples with
+// `noise_power` per sample, inverse transform, then weight_quadrature
+// against `phase` (unit values) with the noise of one image component,
+// noise_power / (2 voxels). `transform`: all three axes of the image's size;
+// `scratch`: transform.voxels() samples from ComplexBuffer.
+SynthesisReport noise_adaptive_step(const VolumeTransform& transform, Complex* image, const Complex* phase,
+                                    const SampledRanges& ranges, float noise_power, PhaseConstraint form,
+                                    Complex* scratch);
 
 // `count` samples of `image` into `out` in the form `output`: complex as
 // interleaved pairs, real as Re(x conj(e)) with e the unit phase `phase`,

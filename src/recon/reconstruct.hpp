@@ -7,8 +7,9 @@
 //      chosen method, on `threads` worker threads
 //   -> coil sensitivities from the coils' calibration images
 //   -> combination (one image per volume)
-//   -> noise-adaptive weighting of the synthesised samples, once on every
-//      result image (for the adaptive combination, on the combined image)
+//   -> noise-adaptive weighting of the synthesised samples and of the
+//      quadrature component, once on every result image (for the adaptive
+//      combination, on the combined image)
 //   -> output form.
 // Partial Fourier runs per coil, before the combination: the combined
 // image's phase mixes the coils' phases where their sensitivities overlap

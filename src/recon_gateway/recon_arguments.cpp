@@ -235,15 +235,17 @@ mxArray* row_of(const std::vector<float>& values)
 }
 
 // What the noise-adaptive step did: on which images, with which noise sigma,
-// the mean weight of the synthesised samples and the fraction weighted 0.
+// the mean weight of the synthesised samples, the fraction weighted 0 and the
+// mean weight of the quadrature component.
 mxArray* adaptive_step_of(const ReconReport& report)
 {
-    const char* fields[] = {"applied_to", "sigma", "mean_weight", "removed"};
-    mxArray* step = mxCreateStructMatrix(1, 1, 4, fields);
-    std::vector<double> mean_weight, removed;
+    const char* fields[] = {"applied_to", "sigma", "mean_weight", "removed", "quadrature_weight"};
+    mxArray* step = mxCreateStructMatrix(1, 1, 5, fields);
+    std::vector<double> mean_weight, removed, quadrature;
     for (const SynthesisReport& r : report.synthesis) {
         mean_weight.push_back(r.mean_weight);
         removed.push_back(r.synthesised > 0 ? double(r.removed) / double(r.synthesised) : 0.0);
+        quadrature.push_back(r.quadrature_weight);
     }
     const char* applied_to = report.synthesis.empty()                              ? "none"
                              : report.combination == CoilCombination::adaptive ? "combined image"
@@ -252,6 +254,7 @@ mxArray* adaptive_step_of(const ReconReport& report)
     mxSetField(step, 0, "sigma", row_of(report.image_sigma));
     mxSetField(step, 0, "mean_weight", row_of(mean_weight, 1));
     mxSetField(step, 0, "removed", row_of(removed, 1));
+    mxSetField(step, 0, "quadrature_weight", row_of(quadrature, 1));
     return step;
 }
 

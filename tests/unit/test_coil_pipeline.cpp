@@ -135,6 +135,7 @@ TEST(CoilPipeline, NoiseLevelReportedAndNoiselessDataLeftAlone)
     EXPECT_NEAR(report.coil_sigma.at(0), 0.5f, 0.05f);
     EXPECT_EQ(report.synthesis.size(), 1u);
     EXPECT_LT(report.synthesis[0].mean_weight, 1.0);
+    EXPECT_LT(report.synthesis[0].quadrature_weight, 1.0);
 
     ReconOptions known = partial_y(true, 16);
     known.noise_covariance = {0.25f};
