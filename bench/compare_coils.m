@@ -94,7 +94,10 @@ function e = coil_case(object, ranges, snr)
   end
   e = [err(rss(centred_idft(noisy, 1:2))), err(rss(centred_idft(k, 1:2))), err(rss(bart_coils)), err(rss(textbook)), ...
        err(recon('CoilCombine', 'rss', 'NoiseAdaptive', false)), err(recon('CoilCombine', 'rss')), ...
-       err(recon('NoiseAdaptive', false)), err(estimated), err(recon(known{:})), mean(info.noise_sigma) / sigma];
+       err(recon('NoiseAdaptive', false)), err(estimated), err(recon(known{:})), NaN];
+  if isfinite(snr)
+    e(end) = mean(info.noise_sigma) / sigma;
+  end
 end
 
 % Smooth coil sensitivities around the object, with phase; the reference
