@@ -7,38 +7,62 @@ namespace {
 
 constexpr Index half_width = 2;  // 5 samples per axis
 
-// Periodic mean over 2 h + 1 neighbours along one axis, h = min(2, (n-1)/2).
-void smooth_axis(std::vector<float>& values, const std::array<Index, 3>& n, int axis)
+// Periodic mean over 2 h + 1 neighbours along one axis, h = min(2, (n-1)/2),
+// each sum taken from the lowest neighbour up. Along x a line is padded
+// periodically; along y and z whole rows of the faster axes are added, so
+// the inner loops run over contiguous memory.
+void smooth_axis(std::vector<float>& values, const std::array<Index, 3>& n, int axis, std::vector<float>& scratch)
 {
     const Index length = n[axis];
     const Index h = std::min(half_width, (length - 1) / 2);
     if (h == 0) {
         return;
     }
-    const Index stride = axis == 0 ? 1 : axis == 1 ? n[0] : n[0] * n[1];
-    const Index lines = n[0] * n[1] * n[2] / length;
-    std::vector<float> line(static_cast<std::size_t>(length));
     const float scale = 1.0f / static_cast<float>(2 * h + 1);
-    for (Index l = 0; l < lines; ++l) {
-        // Start of line l: lines run over all indices except the smoothed axis.
-        const Index start = (l % stride) + (l / stride) * stride * length;
-        for (Index i = 0; i < length; ++i) {
-            line[static_cast<std::size_t>(i)] = values[static_cast<std::size_t>(start + i * stride)];
-        }
-        for (Index i = 0; i < length; ++i) {
-            float sum = 0.0f;
-            for (Index d = -h; d <= h; ++d) {
-                sum += line[static_cast<std::size_t>((i + d + length) % length)];
+    const Index row = axis == 0 ? 1 : axis == 1 ? n[0] : n[0] * n[1];  // stride of the axis
+    const Index groups = n[0] * n[1] * n[2] / (length * row);
+    float* v = values.data();
+    if (axis == 0) {
+        scratch.resize(static_cast<std::size_t>(length + 2 * h));
+        float* padded = scratch.data();
+        for (Index g = 0; g < groups; ++g, v += length) {
+            std::copy(v + length - h, v + length, padded);
+            std::copy(v, v + length, padded + h);
+            std::copy(v, v + h, padded + h + length);
+            for (Index i = 0; i < length; ++i) {
+                float sum = 0.0f;
+                for (Index d = 0; d <= 2 * h; ++d) {
+                    sum += padded[i + d];
+                }
+                v[i] = sum * scale;
             }
-            values[static_cast<std::size_t>(start + i * stride)] = sum * scale;
+        }
+        return;
+    }
+    scratch.resize(static_cast<std::size_t>(length * row));
+    for (Index g = 0; g < groups; ++g, v += length * row) {
+        std::copy(v, v + length * row, scratch.begin());
+        for (Index i = 0; i < length; ++i) {
+            float* out = v + i * row;
+            std::fill(out, out + row, 0.0f);
+            for (Index d = -h; d <= h; ++d) {
+                const float* in = scratch.data() + ((i + d + length) % length) * row;
+                for (Index x = 0; x < row; ++x) {
+                    out[x] += in[x];
+                }
+            }
+            for (Index x = 0; x < row; ++x) {
+                out[x] *= scale;
+            }
         }
     }
 }
 
 void smooth(std::vector<float>& values, const std::array<Index, 3>& n)
 {
+    std::vector<float> scratch;
     for (int axis = 0; axis < 3; ++axis) {
-        smooth_axis(values, n, axis);
+        smooth_axis(values, n, axis, scratch);
     }
 }
 

@@ -95,10 +95,13 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
 
     const Index voxels = shape.voxels();
     const Index images = shape.coils * shape.volumes;
-    std::vector<Complex> coil_images(static_cast<std::size_t>(shape.samples()));
+    const bool separate = combination == CoilCombination::none;  // every coil image is a result
+    const bool step_per_image = weighting && !adaptive;
+    const bool unit_phase_wanted = step_per_image || (separate && options.output == ReconOutput::real);
+    const bool radians_wanted = unit_phase_wanted || (separate && phase != nullptr);
+    // Results are written as they come; only a combination keeps the coil images.
+    std::vector<Complex> coil_images(separate ? 0 : static_cast<std::size_t>(shape.samples()));
     std::vector<Complex> lowres(adaptive ? static_cast<std::size_t>(shape.samples()) : 0);
-    const bool coil_phases = combination == CoilCombination::none || (weighting && !adaptive);
-    std::vector<float> coil_phase(coil_phases ? static_cast<std::size_t>(shape.samples()) : 0);
 
     ReconReport report;
     report.images.resize(static_cast<std::size_t>(images));
@@ -115,13 +118,16 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
         report.sensitivities.resize(static_cast<std::size_t>(shape.samples()));
     }
 
+    const Index values = voxels * values_per_sample(options.output);
     run_on_threads(report.threads, [&](int thread) {
         ComplexBuffer scratch(voxels);
+        std::vector<Complex> own(separate ? static_cast<std::size_t>(voxels) : 0);
+        std::vector<float> own_radians(radians_wanted ? static_cast<std::size_t>(voxels) : 0);
         for (Index j = thread; j < images; j += report.threads) {
             const Complex* k = data + j * voxels;
-            Complex* x = coil_images.data() + j * voxels;
+            Complex* x = separate ? own.data() : coil_images.data() + j * voxels;
             float* x_values = reinterpret_cast<float*>(x);
-            float* radians = coil_phase.empty() ? nullptr : coil_phase.data() + j * voxels;
+            float* radians = radians_wanted ? own_radians.data() : nullptr;
             Complex* low = lowres.empty() ? nullptr : lowres.data() + j * voxels;
             if (pocs) {
                 report.images[j] = pocs_volume(plan, *pocs_transforms, k, x_values, radians, low);
@@ -131,27 +137,22 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                     calibration_of(box, all, k, options.window, low, scratch.data());
                 }
             }
-            if (weighting && !adaptive) {
+            const std::vector<Complex> e = unit_phase_wanted ? unit_phases(radians, voxels) : std::vector<Complex>{};
+            if (step_per_image) {
                 const float power = noise.coil_power[static_cast<std::size_t>(j)];
                 report.image_sigma[j] = std::sqrt(power);
-                report.synthesis[j] = noise_adaptive_step(all, x, unit_phases(radians, voxels).data(), options.ranges,
-                                                          power, report.images[j].constraint, scratch.data());
+                report.synthesis[j] = noise_adaptive_step(all, x, e.data(), options.ranges, power,
+                                                          report.images[j].constraint, scratch.data());
             }
-        }
-    });
-
-    const Index values = voxels * values_per_sample(options.output);
-    if (combination == CoilCombination::none) {
-        run_on_threads(report.threads, [&](int thread) {
-            for (Index j = thread; j < images; j += report.threads) {
-                const float* radians = coil_phase.data() + j * voxels;
-                write_output(coil_images.data() + j * voxels, unit_phases(radians, voxels).data(), voxels,
-                             options.output, image + j * values);
+            if (separate) {
+                write_output(x, e.data(), voxels, options.output, image + j * values);
                 if (phase != nullptr) {
                     std::copy(radians, radians + voxels, phase + j * voxels);
                 }
             }
-        });
+        }
+    });
+    if (separate) {
         return report;
     }
 

@@ -19,5 +19,5 @@ SynthesisReport noise_adaptive_step(const VolumeTransform& transform, Complex* i
 
 // `count` samples of `image` into `out` in the form `output`: complex as
 // interleaved pairs, real as Re(x conj(e)) with e the unit phase `phase`,
-// magnitude as |x|.
+// magnitude as |x| (`phase` is read for real output only).
 void write_output(const Complex* image, const Complex* phase, Index count, ReconOutput output, float* out);
