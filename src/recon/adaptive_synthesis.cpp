@@ -138,12 +138,13 @@ void weight_quadrature(std::complex<float>* image, const std::complex<float>* ph
         return;
     }
     const Index count = n[0] * n[1] * n[2];
-    // In-phase and quadrature parts: x conj(e) = a + i b.
-    std::vector<float> in_phase(static_cast<std::size_t>(count)), power(static_cast<std::size_t>(count));
+    // x conj(e) = a + i b: a in phase with the estimate, b in quadrature.
+    const auto quadrature = [](std::complex<float> x, std::complex<float> e) {
+        return x.imag() * e.real() - x.real() * e.imag();
+    };
+    std::vector<float> power(static_cast<std::size_t>(count));
     for (Index i = 0; i < count; ++i) {
-        const std::complex<float> x = image[i], e = phase[i];
-        const float b = x.imag() * e.real() - x.real() * e.imag();
-        in_phase[i] = x.real() * e.real() + x.imag() * e.imag();
+        const float b = quadrature(image[i], phase[i]);
         power[i] = b * b;
     }
     smooth(power, n);
@@ -151,7 +152,7 @@ void weight_quadrature(std::complex<float>* image, const std::complex<float>* ph
     for (Index i = 0; i < count; ++i) {
         const std::complex<float> x = image[i], e = phase[i];
         const float w = weight_of(power[i], component_power);
-        const float a = in_phase[i], b = w * (x.imag() * e.real() - x.real() * e.imag());
+        const float a = x.real() * e.real() + x.imag() * e.imag(), b = w * quadrature(x, e);
         image[i] = std::complex<float>(a * e.real() - b * e.imag(), a * e.imag() + b * e.real());
         weights += w;
     }
