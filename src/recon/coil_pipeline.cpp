@@ -28,19 +28,29 @@ void calibration_of(const SampledBox& box, const VolumeTransform& all, const Com
 
 // Noise power per k-space sample of the combination sum_c conj(S_c) x_c /
 // sum_c |S_c|^2 of coils with independent noise of power `coil_power`: the
-// mean over the image of its per-voxel variance.
+// mean over the image of its per-voxel variance. A block of voxels at a
+// time, each coil's run in turn: the coils lie whole images apart.
 float combined_noise_power(const Complex* sensitivities, const ReconShape& one_volume, const float* coil_power)
 {
+    constexpr Index block = 1024;
     const Index voxels = one_volume.voxels();
+    double weight[block], power[block];
     double sum = 0.0;
-    for (Index i = 0; i < voxels; ++i) {
-        double weight = 0.0, power = 0.0;
+    for (Index start = 0; start < voxels; start += block) {
+        const Index count = std::min(block, voxels - start);
+        std::fill(weight, weight + count, 0.0);
+        std::fill(power, power + count, 0.0);
         for (Index c = 0; c < one_volume.coils; ++c) {
-            const double s = std::norm(sensitivities[c * voxels + i]);
-            weight += s;
-            power += s * coil_power[c];
+            const Complex* sc = sensitivities + c * voxels + start;
+            for (Index i = 0; i < count; ++i) {
+                const double s = std::norm(sc[i]);
+                weight[i] += s;
+                power[i] += s * coil_power[c];
+            }
         }
-        sum += weight > 0.0 ? power / (weight * weight) : 0.0;
+        for (Index i = 0; i < count; ++i) {
+            sum += weight[i] > 0.0 ? power[i] / (weight[i] * weight[i]) : 0.0;
+        }
     }
     return static_cast<float>(sum / static_cast<double>(voxels));
 }
