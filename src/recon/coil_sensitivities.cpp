@@ -30,15 +30,23 @@ GridSpan grid_span(Index p, Index n)
 
 using Complex = std::complex<float>;
 
-Index reference_coil(const Complex* volume, Index voxels, Index coils, Index volume_index, Index volumes)
+// Coil c's energy is summed on thread c mod threads.
+Index reference_coil(const Complex* volume, Index voxels, Index coils, Index volume_index, Index volumes, int threads)
 {
+    std::vector<double> energies(static_cast<std::size_t>(coils));
+    run_on_threads(threads, [&](int thread) {
+        for (Index c = thread; c < coils; c += threads) {
+            double energy = 0.0;
+            for (Index s = 0; s < voxels; ++s) {
+                energy += std::norm(volume[c * voxels + s]);
+            }
+            energies[static_cast<std::size_t>(c)] = energy;
+        }
+    });
     Index reference = 0;
     double largest = -1.0;
     for (Index c = 0; c < coils; ++c) {
-        double energy = 0.0;
-        for (Index s = 0; s < voxels; ++s) {
-            energy += std::norm(volume[c * voxels + s]);
-        }
+        const double energy = energies[static_cast<std::size_t>(c)];
         if (energy == 0.0) {
             std::string where = "Coil " + std::to_string(c + 1);
             if (volumes > 1) {
@@ -335,7 +343,7 @@ std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const Re
     for (Index v = 0; v < shape.volumes; ++v) {
         const Complex* volume = lowres + v * shape.volume_stride();
         Complex* out = sensitivities.data() + v * shape.volume_stride();
-        const Index reference = reference_coil(volume, voxels, coils, v, shape.volumes);
+        const Index reference = reference_coil(volume, voxels, coils, v, shape.volumes, threads);
         // Planes z are independent; plane z goes to thread z mod threads.
         run_on_threads(threads, [&](int thread) {
             // One row covariance per row of the y neighbourhood, reused as y advances.

@@ -27,6 +27,7 @@
 // shape and order. Throws homodyne:sampling naming the coil (and volume)
 // when a coil's low-resolution image is all zero: its calibration region
 // holds no signal. The planes z of a volume run on `threads` threads; the
-// result does not depend on their number.
+// result does not depend on their number (nor does the choice of the
+// reference coil, whose energies are summed coil by coil on them too).
 std::vector<std::complex<float>> estimate_coil_sensitivities(const std::complex<float>* lowres,
                                                              const ReconShape& shape, int threads = 1);
