@@ -59,6 +59,8 @@ inline Index values_per_sample(ReconOutput output) { return output == ReconOutpu
 // sample, the phase estimate that the method used, in radians (0 where none
 // exists; for the adaptive combination the phase of the combined
 // calibration images, for the root sum of squares 0).
+// Data of any scale give the same image up to that scale: k-space times 2^p
+// gives the image (and the noise levels reported) times 2^p, bit for bit.
 // Throws ReconError (nothing written to `image` when the options or the data
 // are refused).
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
@@ -66,5 +68,5 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
 
 // Refuses k-space holding NaN or Inf (homodyne:badInput) or values so large
 // that a transform of the image size could overflow single precision
-// (homodyne:scale).
-void check_kspace_values(const ReconShape& shape, const Complex* kspace);
+// (homodyne:scale). Returns the largest magnitude of a real or imaginary part.
+float check_kspace_values(const ReconShape& shape, const Complex* kspace);
