@@ -94,10 +94,18 @@ public:
         float* product_re = row_im + coils_ * padded_;
         float* product_im = product_re + padded_;
         for (Index c = 0; c < coils_; ++c) {
-            for (Index x = 0; x < padded_; ++x) {
-                const Complex value = row[c * voxels + (x - h_ + nx_) % nx_];
-                row_re[c * padded_ + x] = value.real();
-                row_im[c * padded_ + x] = value.imag();
+            const Complex* coil = row + c * voxels;
+            float* re = row_re + c * padded_ + h_;
+            float* im = row_im + c * padded_ + h_;
+            for (Index x = 0; x < nx_; ++x) {
+                re[x] = coil[x].real();
+                im[x] = coil[x].imag();
+            }
+            for (Index x = 1; x <= h_; ++x) {
+                re[-x] = re[nx_ - x];
+                im[-x] = im[nx_ - x];
+                re[nx_ - 1 + x] = re[x - 1];
+                im[nx_ - 1 + x] = im[x - 1];
             }
         }
         Index q = 0;
@@ -261,19 +269,20 @@ private:
 // Fills the voxels between the grid points of one plane (coils `voxels`
 // apart) by bilinear interpolation of the grid's sensitivity vectors, which
 // share the reference coil's phase, scaled back to unit length. A row at a
-// time, each coil's run in turn: the coils lie whole images apart.
+// time, each coil's run in turn (the coils lie whole images apart), the
+// even x (on grid columns) apart from the odd: each then takes its corners
+// from the grid columns k and k + 1 (the last wraps to 0), so the loops
+// vectorise.
 class GridInterpolation {
 public:
     GridInterpolation(Index nx, Index coils)
-        : nx_(nx), coils_(coils), value_re_(static_cast<std::size_t>(nx * coils)),
-          value_im_(static_cast<std::size_t>(nx * coils)), energy_(static_cast<std::size_t>(nx))
+        : nx_(nx), coils_(coils), even_((nx + 1) / 2), odd_(nx / 2), corners_(4 * (even_ + 1)),
+          value_re_(static_cast<std::size_t>(nx * coils)), value_im_(static_cast<std::size_t>(nx * coils)),
+          length_(static_cast<std::size_t>(nx))
     {
+        // The weight of the upper corner of x = 2k (0) and 2k + 1 (1/2).
         for (Index x = 0; x < nx; ++x) {
-            const GridSpan gx = grid_span(x, nx);
-            lower_.push_back(2 * gx.lower);  // float offsets of interleaved pairs
-            upper_.push_back(2 * gx.upper);
-            lower_weight_.push_back(1.0f - gx.weight);
-            upper_weight_.push_back(gx.weight);
+            upper_weight_.push_back(grid_span(x, nx).weight);
         }
     }
 
@@ -281,52 +290,94 @@ public:
     {
         for (Index y = 0; y < ny; ++y) {
             const GridSpan gy = grid_span(y, ny);
-            const float below = 1.0f - gy.weight, above = gy.weight;
-            std::fill(energy_.begin(), energy_.end(), 0.0f);
+            const bool grid_row = y % grid_step == 0;
+            std::fill(length_.begin(), length_.end(), 0.0f);
             for (Index c = 0; c < coils_; ++c) {
-                const float* lower = reinterpret_cast<const float*>(plane + c * voxels + gy.lower * nx_);
-                const float* upper = reinterpret_cast<const float*>(plane + c * voxels + gy.upper * nx_);
+                load_corners(plane + c * voxels + gy.lower * nx_, plane + c * voxels + gy.upper * nx_);
+                if (!grid_row) {
+                    interpolate(0, even_, gy.weight, c);
+                }
+                interpolate(1, odd_, gy.weight, c);
+            }
+            for (float& length : length_) {
+                length = std::sqrt(length);
+            }
+            for (Index c = 0; c < coils_; ++c) {
                 float* value_re = value_re_.data() + c * nx_;
                 float* value_im = value_im_.data() + c * nx_;
-                for (Index x = 0; x < nx_; ++x) {
-                    const Index a = lower_[static_cast<std::size_t>(x)], b = upper_[static_cast<std::size_t>(x)];
-                    const float wa = lower_weight_[static_cast<std::size_t>(x)], wb = upper_weight_[static_cast<std::size_t>(x)];
-                    const float w0 = wa * below, w1 = wb * below, w2 = wa * above, w3 = wb * above;
-                    float re = 0.0f, im = 0.0f;
-                    re += w0 * lower[a];
-                    im += w0 * lower[a + 1];
-                    re += w1 * lower[b];
-                    im += w1 * lower[b + 1];
-                    re += w2 * upper[a];
-                    im += w2 * upper[a + 1];
-                    re += w3 * upper[b];
-                    im += w3 * upper[b + 1];
-                    value_re[x] = re;
-                    value_im[x] = im;
-                    energy_[static_cast<std::size_t>(x)] += re * re + im * im;
+                for (Index i = 0; i < nx_; ++i) {
+                    // Divided by 1 where dropped, so the division vectorises.
+                    const float length = length_[static_cast<std::size_t>(i)];
+                    const bool kept = length > 0.0f;
+                    const float divisor = kept ? length : 1.0f;
+                    value_re[i] = kept ? value_re[i] / divisor : 0.0f;
+                    value_im[i] = kept ? value_im[i] / divisor : 0.0f;
                 }
-            }
-            const bool grid_row = y % grid_step == 0;
-            for (Index c = 0; c < coils_; ++c) {
-                float* target = reinterpret_cast<float*>(plane + c * voxels + y * nx_);
-                const float* value_re = value_re_.data() + c * nx_;
-                const float* value_im = value_im_.data() + c * nx_;
-                for (Index x = grid_row ? 1 : 0; x < nx_; x += grid_row ? grid_step : 1) {
-                    const float length = std::sqrt(energy_[static_cast<std::size_t>(x)]);
-                    target[2 * x] = length > 0.0f ? value_re[x] / length : 0.0f;
-                    target[2 * x + 1] = length > 0.0f ? value_im[x] / length : 0.0f;
+                Complex* target = plane + c * voxels + y * nx_;
+                for (Index k = grid_row ? even_ : 0; k < nx_; ++k) {
+                    const Index x = k < even_ ? grid_step * k : grid_step * (k - even_) + 1;
+                    target[x] = Complex(value_re[k], value_im[k]);
                 }
             }
         }
     }
 
 private:
+    // The grid columns of the lower and upper row, real and imaginary parts
+    // apart, column `even_` repeating column 0.
+    void load_corners(const Complex* lower, const Complex* upper)
+    {
+        float* lower_re = corners_.data();
+        float* lower_im = lower_re + (even_ + 1);
+        float* upper_re = lower_im + (even_ + 1);
+        float* upper_im = upper_re + (even_ + 1);
+        for (Index k = 0; k <= even_; ++k) {
+            const Index x = k < even_ ? grid_step * k : 0;
+            lower_re[k] = lower[x].real();
+            lower_im[k] = lower[x].imag();
+            upper_re[k] = upper[x].real();
+            upper_im[k] = upper[x].imag();
+        }
+    }
+
+    // x = 2k + parity for k < count, into slots parity * even_ + k.
+    void interpolate(Index parity, Index count, float above, Index c)
+    {
+        const float* lower_re = corners_.data();
+        const float* lower_im = lower_re + (even_ + 1);
+        const float* upper_re = lower_im + (even_ + 1);
+        const float* upper_im = upper_re + (even_ + 1);
+        const float below = 1.0f - above;
+        const Index slot = parity * even_;
+        float* value_re = value_re_.data() + c * nx_ + slot;
+        float* value_im = value_im_.data() + c * nx_ + slot;
+        float* length = length_.data() + slot;
+        for (Index k = 0; k < count; ++k) {
+            const float wb = upper_weight_[static_cast<std::size_t>(grid_step * k + parity)], wa = 1.0f - wb;
+            const float w0 = wa * below, w1 = wb * below, w2 = wa * above, w3 = wb * above;
+            float re = 0.0f, im = 0.0f;
+            re += w0 * lower_re[k];
+            im += w0 * lower_im[k];
+            re += w1 * lower_re[k + 1];
+            im += w1 * lower_im[k + 1];
+            re += w2 * upper_re[k];
+            im += w2 * upper_im[k];
+            re += w3 * upper_re[k + 1];
+            im += w3 * upper_im[k + 1];
+            value_re[k] = re;
+            value_im[k] = im;
+            length[k] += re * re + im * im;
+        }
+    }
+
     Index nx_;
     Index coils_;
-    std::vector<Index> lower_, upper_;
-    std::vector<float> lower_weight_, upper_weight_;
-    std::vector<float> value_re_, value_im_;
-    std::vector<float> energy_;
+    Index even_;  // x = 0, 2, 4, ...
+    Index odd_;   // x = 1, 3, 5, ...
+    std::vector<float> upper_weight_;
+    std::vector<float> corners_;
+    std::vector<float> value_re_, value_im_;  // per coil: the even x, then the odd
+    std::vector<float> length_;
 };
 
 }  // namespace
