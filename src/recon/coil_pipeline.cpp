@@ -96,8 +96,9 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
 
     const Index voxels = shape.voxels();
     const Index images = shape.coils * shape.volumes;
-    std::vector<Complex> coil_images(static_cast<std::size_t>(shape.samples()));
-    std::vector<Complex> lowres(adaptive ? static_cast<std::size_t>(shape.samples()) : 0);
+    // Left unset: the coil threads write every sample, and touch the pages first.
+    ComplexBuffer coil_images(shape.samples());
+    ComplexBuffer lowres(adaptive ? shape.samples() : 0);
     std::vector<float> coil_phase(combination == CoilCombination::none ? static_cast<std::size_t>(shape.samples()) : 0);
 
     ReconReport report;
@@ -122,7 +123,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
             Complex* x = coil_images.data() + j * voxels;
             float* x_values = reinterpret_cast<float*>(x);
             float* radians = coil_phase.empty() ? nullptr : coil_phase.data() + j * voxels;
-            Complex* low = lowres.empty() ? nullptr : lowres.data() + j * voxels;
+            Complex* low = adaptive ? lowres.data() + j * voxels : nullptr;
             if (pocs) {
                 report.images[j] = pocs_volume(plan, *pocs_transforms, k, x_values, radians, low);
             } else {
@@ -163,6 +164,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
         ComplexBuffer scratch(voxels);
         std::vector<Complex> combined(static_cast<std::size_t>(voxels)), e(static_cast<std::size_t>(voxels));
         std::vector<float> rss(static_cast<std::size_t>(adaptive ? 0 : voxels));
+        ComplexBuffer s(adaptive ? shape.volume_stride() : 0);
         for (Index v = thread; v < shape.volumes; v += volume_threads) {
             const Complex* x = coil_images.data() + v * shape.volume_stride();
             float* out = image + v * values;
@@ -174,7 +176,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                 }
             } else {
                 const Complex* low = lowres.data() + v * shape.volume_stride();
-                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume, std::min<int>(plane_threads, shape.n[2]));
+                estimate_coil_sensitivities(low, one_volume, s.data(), std::min<int>(plane_threads, shape.n[2]));
                 combine_coils_adaptive(x, s.data(), one_volume, combined.data(), plane_threads);
                 combine_coils_adaptive(low, s.data(), one_volume, e.data(), plane_threads);
                 keep_phase(e.data(), voxels);
@@ -185,7 +187,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                         weight_image_synthesis(all, combined.data(), options.ranges, power, scratch.data());
                 }
                 if (!report.sensitivities.empty()) {
-                    std::copy(s.begin(), s.end(), report.sensitivities.begin() + v * shape.volume_stride());
+                    std::copy(s.data(), s.data() + shape.volume_stride(), report.sensitivities.begin() + v * shape.volume_stride());
                 }
             }
             write_output(combined.data(), e.data(), voxels, options.output, out);

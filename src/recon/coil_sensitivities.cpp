@@ -382,18 +382,17 @@ private:
 
 }  // namespace
 
-std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const ReconShape& shape, int threads)
+void estimate_coil_sensitivities(const Complex* lowres, const ReconShape& shape, Complex* sensitivities, int threads)
 {
     const Index coils = shape.coils;
     const Index voxels = shape.voxels();
     const Index nx = shape.n[0];
     const Index ny = shape.n[1];
     const Index hy = std::min(half_width, (ny - 1) / 2);
-    std::vector<Complex> sensitivities(static_cast<std::size_t>(shape.samples()));
 
     for (Index v = 0; v < shape.volumes; ++v) {
         const Complex* volume = lowres + v * shape.volume_stride();
-        Complex* out = sensitivities.data() + v * shape.volume_stride();
+        Complex* out = sensitivities + v * shape.volume_stride();
         const Index reference = reference_coil(volume, voxels, coils, v, shape.volumes, threads);
         // Planes z are independent; plane z goes to thread z mod threads.
         run_on_threads(threads, [&](int thread) {
@@ -424,5 +423,4 @@ std::vector<Complex> estimate_coil_sensitivities(const Complex* lowres, const Re
             }
         });
     }
-    return sensitivities;
 }
