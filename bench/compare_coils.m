@@ -19,9 +19,9 @@ function report = compare_coils()
 %   scaled by its best-fit global factor first. Also the estimated noise
 %   level against the true one, and the time of the coil combination and
 %   the noise-adaptive step against reconstructing the coils alone
-%   (256 x 256 x 64 x 8, the best of three calls each, taking turns; at 128 x 128 x 32 x 8
-%   the call's fixed costs weigh more: 1.47x there in one run). The goals are
-%   printed beside the ratios, all from this one run.
+%   (256 x 256 x 64 x 8, the best of three calls each, taking turns; at
+%   128 x 128 x 32 x 8 the call's fixed costs weigh more: 1.47x there in one
+%   run). The goals are printed beside the ratios, all from this one run.
 %
 %   See also RUN_BENCHMARKS, COMPARE_POCS, POCS_VECTORIZED, BART_HOMODYNE.
 
