@@ -28,19 +28,29 @@ void calibration_of(const SampledBox& box, const VolumeTransform& all, const Com
 
 // Noise power per k-space sample of the combination sum_c conj(S_c) x_c /
 // sum_c |S_c|^2 of coils with independent noise of power `coil_power`: the
-// mean over the image of its per-voxel variance.
+// mean over the image of its per-voxel variance. A block of voxels at a
+// time, each coil's run in turn: the coils lie whole images apart.
 float combined_noise_power(const Complex* sensitivities, const ReconShape& one_volume, const float* coil_power)
 {
+    constexpr Index block = 1024;
     const Index voxels = one_volume.voxels();
+    double weight[block], power[block];
     double sum = 0.0;
-    for (Index i = 0; i < voxels; ++i) {
-        double weight = 0.0, power = 0.0;
+    for (Index start = 0; start < voxels; start += block) {
+        const Index count = std::min(block, voxels - start);
+        std::fill(weight, weight + count, 0.0);
+        std::fill(power, power + count, 0.0);
         for (Index c = 0; c < one_volume.coils; ++c) {
-            const double s = std::norm(sensitivities[c * voxels + i]);
-            weight += s;
-            power += s * coil_power[c];
+            const Complex* sc = sensitivities + c * voxels + start;
+            for (Index i = 0; i < count; ++i) {
+                const double s = std::norm(sc[i]);
+                weight[i] += s;
+                power[i] += s * coil_power[c];
+            }
         }
-        sum += weight > 0.0 ? power / (weight * weight) : 0.0;
+        for (Index i = 0; i < count; ++i) {
+            sum += weight[i] > 0.0 ? power[i] / (weight[i] * weight[i]) : 0.0;
+        }
     }
     return static_cast<float>(sum / static_cast<double>(voxels));
 }
@@ -99,9 +109,11 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     const bool step_per_image = weighting && !adaptive;
     const bool unit_phase_wanted = step_per_image || (separate && options.output == ReconOutput::real);
     const bool radians_wanted = unit_phase_wanted || (separate && phase != nullptr);
-    // Results are written as they come; only a combination keeps the coil images.
-    std::vector<Complex> coil_images(separate ? 0 : static_cast<std::size_t>(shape.samples()));
-    std::vector<Complex> lowres(adaptive ? static_cast<std::size_t>(shape.samples()) : 0);
+    // Results are written as they come; only a combination keeps the coil
+    // images. Left unset: the coil threads write every sample, and touch the
+    // pages first.
+    ComplexBuffer coil_images(separate ? 0 : shape.samples());
+    ComplexBuffer lowres(adaptive ? shape.samples() : 0);
 
     ReconReport report;
     report.images.resize(static_cast<std::size_t>(images));
@@ -128,7 +140,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
             Complex* x = separate ? own.data() : coil_images.data() + j * voxels;
             float* x_values = reinterpret_cast<float*>(x);
             float* radians = radians_wanted ? own_radians.data() : nullptr;
-            Complex* low = lowres.empty() ? nullptr : lowres.data() + j * voxels;
+            Complex* low = adaptive ? lowres.data() + j * voxels : nullptr;
             if (pocs) {
                 report.images[j] = pocs_volume(plan, *pocs_transforms, k, x_values, radians, low);
             } else {
@@ -165,6 +177,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
         ComplexBuffer scratch(voxels);
         std::vector<Complex> combined(static_cast<std::size_t>(voxels)), e(static_cast<std::size_t>(voxels));
         std::vector<float> rss(static_cast<std::size_t>(adaptive ? 0 : voxels));
+        ComplexBuffer s(adaptive ? shape.volume_stride() : 0);
         for (Index v = thread; v < shape.volumes; v += volume_threads) {
             const Complex* x = coil_images.data() + v * shape.volume_stride();
             float* out = image + v * values;
@@ -176,7 +189,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                 }
             } else {
                 const Complex* low = lowres.data() + v * shape.volume_stride();
-                const std::vector<Complex> s = estimate_coil_sensitivities(low, one_volume, std::min<int>(plane_threads, shape.n[2]));
+                estimate_coil_sensitivities(low, one_volume, s.data(), std::min<int>(plane_threads, shape.n[2]));
                 combine_coils_adaptive(x, s.data(), one_volume, combined.data(), plane_threads);
                 combine_coils_adaptive(low, s.data(), one_volume, e.data(), plane_threads);
                 keep_phase(e.data(), voxels);
@@ -189,7 +202,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                                             scratch.data());
                 }
                 if (!report.sensitivities.empty()) {
-                    std::copy(s.begin(), s.end(), report.sensitivities.begin() + v * shape.volume_stride());
+                    std::copy(s.data(), s.data() + shape.volume_stride(), report.sensitivities.begin() + v * shape.volume_stride());
                 }
             }
             write_output(combined.data(), e.data(), voxels, options.output, out);

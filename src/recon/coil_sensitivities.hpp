@@ -23,10 +23,12 @@
 
 #include "recon/recon_shape.hpp"
 
-// `lowres` has `shape` (x, y, z, coils, volumes); the result has the same
-// shape and order. Throws homodyne:sampling naming the coil (and volume)
+// `lowres` has `shape` (x, y, z, coils, volumes); `sensitivities` receives
+// the result, of the same shape and order (every sample written, so it may
+// come uninitialised, and its pages are first touched on the threads). Throws homodyne:sampling naming the coil (and volume)
 // when a coil's low-resolution image is all zero: its calibration region
 // holds no signal. The planes z of a volume run on `threads` threads; the
-// result does not depend on their number.
-std::vector<std::complex<float>> estimate_coil_sensitivities(const std::complex<float>* lowres,
-                                                             const ReconShape& shape, int threads = 1);
+// result does not depend on their number (nor does the choice of the
+// reference coil, whose energies are summed coil by coil on them too).
+void estimate_coil_sensitivities(const std::complex<float>* lowres, const ReconShape& shape,
+                                 std::complex<float>* sensitivities, int threads = 1);

@@ -9,7 +9,7 @@
 #include "recon/recon_error.hpp"
 #include "recon/worker_threads.hpp"
 
-void check_kspace_values(const ReconShape& shape, const Complex* kspace)
+float check_kspace_values(const ReconShape& shape, const Complex* kspace)
 {
     float largest = 0.0f;
     bool finite = true;
@@ -25,6 +25,7 @@ void check_kspace_values(const ReconShape& shape, const Complex* kspace)
         throw ReconError("homodyne:scale", "KSPACE holds values so large that its transform overflows single "
                                            "precision; scale it down.");
     }
+    return largest;
 }
 
 Index result_images(const ReconShape& shape, const ReconOptions& options)
@@ -33,11 +34,31 @@ Index result_images(const ReconShape& shape, const ReconOptions& options)
     return combined ? shape.volumes : shape.coils * shape.volumes;
 }
 
-ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
-                         float* phase)
+namespace {
+
+// e with 2^e <= largest < 2^(e + 1); 0 for 0.
+int unit_exponent(float largest)
 {
-    validate_options(options, shape);
-    check_kspace_values(shape, kspace);
+    int e = 1;
+    if (largest > 0.0f) {
+        std::frexp(largest, &e);
+    }
+    return e - 1;
+}
+
+std::vector<Complex> times_power_of_two(const Complex* values, Index count, int exponent)
+{
+    std::vector<Complex> scaled(static_cast<std::size_t>(count));
+    for (Index i = 0; i < count; ++i) {
+        scaled[i] = Complex(std::ldexp(values[i].real(), exponent), std::ldexp(values[i].imag(), exponent));
+    }
+    return scaled;
+}
+
+// The reconstruction of k-space whose largest part lies in [1, 2).
+ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
+                                   float* image, float* phase)
+{
     if (options.noise_adaptive || options.noise_scan != nullptr || !options.noise_covariance.empty() ||
         result_images(shape, options) != shape.coils * shape.volumes) {
         return reconstruct_through_coil_steps(shape, kspace, options, image, phase);
@@ -67,5 +88,43 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
     };
 
     run_on_threads(report.threads, run);
+    return report;
+}
+
+}  // namespace
+
+ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
+                         float* phase)
+{
+    validate_options(options, shape);
+    const int exponent = unit_exponent(check_kspace_values(shape, kspace));
+    if (exponent == 0) {
+        return reconstruct_unit_scale(shape, kspace, options, image, phase);
+    }
+    // Data of any other scale run at unit scale, the noise covariance or scan
+    // with them. A power of two changes no digit, so the result is that of the
+    // unit-scale data times 2^exponent, bit for bit, and no step sees its
+    // squares or fourth powers (the sensitivities' power iteration, the noise
+    // estimate, the weighting) underflow or overflow single precision.
+    const std::vector<Complex> unit_kspace = times_power_of_two(kspace, shape.samples(), -exponent);
+    ReconOptions unit_options = options;
+    for (Complex& value : unit_options.noise_covariance) {
+        value = Complex(std::ldexp(value.real(), -2 * exponent), std::ldexp(value.imag(), -2 * exponent));
+    }
+    std::vector<Complex> unit_scan;
+    if (options.noise_scan != nullptr) {
+        unit_scan = times_power_of_two(options.noise_scan, options.noise_scan_shape.samples(), -exponent);
+        unit_options.noise_scan = unit_scan.data();
+    }
+    ReconReport report = reconstruct_unit_scale(shape, unit_kspace.data(), unit_options, image, phase);
+    const Index values = shape.voxels() * result_images(shape, options) * values_per_sample(options.output);
+    for (Index i = 0; i < values; ++i) {
+        image[i] = std::ldexp(image[i], exponent);
+    }
+    for (std::vector<float>* sigmas : {&report.coil_sigma, &report.image_sigma}) {
+        for (float& sigma : *sigmas) {
+            sigma = std::ldexp(sigma, exponent);
+        }
+    }
     return report;
 }

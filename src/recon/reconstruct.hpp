@@ -60,6 +60,10 @@ inline Index values_per_sample(ReconOutput output) { return output == ReconOutpu
 // sample, the phase estimate that the method used, in radians (0 where none
 // exists; for the adaptive combination the phase of the combined
 // calibration images, for the root sum of squares 0).
+// Data of any scale give the same image up to that scale: k-space (and a
+// noise covariance or scan with it) times 2^p gives the image and the noise
+// levels reported times 2^p, bit for bit, as long as the scaled values stay
+// normal single-precision numbers. The core runs every call at unit scale.
 // Throws ReconError (nothing written to `image` when the options or the data
 // are refused).
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
@@ -67,5 +71,5 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
 
 // Refuses k-space holding NaN or Inf (homodyne:badInput) or values so large
 // that a transform of the image size could overflow single precision
-// (homodyne:scale).
-void check_kspace_values(const ReconShape& shape, const Complex* kspace);
+// (homodyne:scale). Returns the largest magnitude of a real or imaginary part.
+float check_kspace_values(const ReconShape& shape, const Complex* kspace);

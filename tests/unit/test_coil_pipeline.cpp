@@ -184,3 +184,28 @@ TEST(CoilPipeline, CovarianceOrScanThatDoesNotFitIsRefused)
     s.noise_scan_shape.coils = 3;
     EXPECT_EQ(refusal(s), "homodyne:badInput The noise scan of 'NoiseCovariance' has 3 coils; the k-space has 2.");
 }
+
+TEST(CoilPipeline, ScalingTheDataByAPowerOfTwoScalesTheImageExactly)
+{
+    // 4 noisy coils combined with estimated noise; raw files arrive at any scale.
+    ReconShape shape;
+    shape.n = {32, 32, 1};
+    shape.coils = 4;
+    const std::vector<Complex> k = coil_kspace(shape, 0.3f, 4);
+    ReconReport unit;
+    const std::vector<float> image = run(shape, k, partial_y(true, 32), &unit);
+    for (const int p : {-60, -30, -12, 12, 30, 60}) {
+        std::vector<Complex> scaled(k.size());
+        for (std::size_t i = 0; i < k.size(); ++i) {
+            scaled[i] = Complex(std::ldexp(k[i].real(), p), std::ldexp(k[i].imag(), p));
+        }
+        ReconReport report;
+        const std::vector<float> result = run(shape, scaled, partial_y(true, 32), &report);
+        std::size_t differing = 0;
+        for (std::size_t i = 0; i < image.size(); ++i) {
+            differing += result[i] != std::ldexp(image[i], p);
+        }
+        EXPECT_EQ(differing, 0u) << "2^" << p;
+        EXPECT_EQ(report.image_sigma.at(0), std::ldexp(unit.image_sigma.at(0), p)) << "2^" << p;
+    }
+}
