@@ -16,12 +16,13 @@ end
 
 % Two coils, two volumes, ky and kz partial at opposite ends, noise readouts:
 % read_ismrmrd_kspace then homodyne_recon, beside homodyne-recon on the same
-% file: the defaults (POCS magnitude, prewhitened with the noise readouts,
-% coils combined adaptively, the noise-adaptive step), one-pass homodyne
-% magnitude with root sum of squares, and one-pass homodyne real per coil
-% without noise steps (the module's chain in Octave, the core's on the
-% command line). POCS plans its transforms by timing, so the rounding may
-% differ between the two processes: 1e-5 of the largest value.
+% file: POCS with the command line's defaults (magnitude output, prewhitened
+% with the noise readouts, coils combined adaptively, the noise-adaptive
+% step), one-pass homodyne magnitude with root sum of squares, and one-pass
+% homodyne real per coil without noise steps (the module's chain in Octave,
+% the core's on the command line). POCS plans its transforms by timing, so
+% the rounding may differ between the two processes: 1e-5 of the largest
+% value.
 function same_images_as_octave_from_the_file(~)
   sizes = [24 20 8];
   image = homodyne_phantom(sizes);
