@@ -6,7 +6,7 @@ function k = cut_to_ranges(k, ranges)
     end
     n = size(k, axis);
     coordinate = (0:n - 1) - floor(n / 2);
-    index = repmat({':'}, 1, 3);
+    index = repmat({':'}, 1, max(3, ndims(k)));
     index{axis} = coordinate < ranges{axis}(1) | coordinate > ranges{axis}(2);
     k(index{:}) = 0;
   end
