@@ -231,8 +231,11 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
 
     PocsRun pocs(plan, transform, box_samples.data(), measured_norm, buffers);
     const int iterations = plan.options.iterations;
+    const int partial_axes = std::count(plan.box.partial.begin(), plan.box.partial.end(), true);
     if (plan.options.constraint != PhaseConstraint::automatic) {
         pocs.start(plan.options.constraint);
+    } else if (partial_axes > 1) {
+        pocs.start(PhaseConstraint::magnitude);
     } else {
         // Sharp images ring across zero, which only the real form allows: its
         // projections then fit the measured data several times better. Where

@@ -21,11 +21,16 @@
 #include "recon/sampled_box.hpp"
 #include "recon/volume_transform.hpp"
 
-// Automatic constraint: both forms run this many trial iterations, and the
-// real form is kept when its data residual is below this fraction of the
-// magnitude form's (measured after 5 iterations: 0.15-0.2 on images that
-// ring, one partial axis; 0.45-0.8 on sharp phantoms without ringing and
-// with two partial axes, where the magnitude form gives the better image).
+// Automatic constraint with one partial axis: both forms run this many trial
+// iterations, and the real form is kept when its data residual is below this
+// fraction of the magnitude form's (measured after 5 iterations: 0.15-0.2 on
+// images that ring; 0.45-0.8 on sharp phantoms without ringing, where the
+// magnitude form gives the better image). With two or three partial axes
+// some samples miss their mirror too: the real form has nothing to fill
+// them from, the magnitude form's positivity recovers part of them (3-D
+// phantoms, ky 5/8 and kz 3/4, noiseless: 0.06 error against 0.17, single
+// coil and per coil of 8, where the residual test chose the real form for
+// 5 of the 8 coils), so the magnitude form is used.
 constexpr int trial_iterations = 5;
 constexpr double real_form_margin = 0.35;
 

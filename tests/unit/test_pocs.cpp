@@ -123,10 +123,6 @@ TEST(Pocs, ProjectionWorkedValues)
     }
 }
 
-// The block y = -2 .. 0 of a 1 x 4 grid (FFT positions 2, 3, 0; k = 1 not
-// measured): measured samples replace the estimate, blended over a
-// one-sample band at the cut edge (sin^2(pi/4) = 0.5 at y = 0), and the
-// residual is ||e - m||^2 = 50 + 2 + 20.
 // Voxels at the level of transform rounding carry no phase: a perturbation of
 // that size (as another FFT plan makes) must not turn their phase around.
 TEST(Pocs, PhaseOfRoundingLevelVoxelsIsZero)
@@ -139,6 +135,10 @@ TEST(Pocs, PhaseOfRoundingLevelVoxelsIsZero)
     EXPECT_NEAR(image[3].imag(), -1.0f, 1e-6f);  // 1e-4 of the largest: a phase of its own
 }
 
+// The block y = -2 .. 0 of a 1 x 4 grid (FFT positions 2, 3, 0; k = 1 not
+// measured): measured samples replace the estimate, blended over a
+// one-sample band at the cut edge (sin^2(pi/4) = 0.5 at y = 0), and the
+// residual is ||e - m||^2 = 50 + 2 + 20.
 TEST(Pocs, DataStepRestoresBlock)
 {
     ReconShape shape;
@@ -156,6 +156,29 @@ TEST(Pocs, DataStepRestoresBlock)
         EXPECT_EQ(k[3], Complex(2, 0));
         EXPECT_EQ(k[0], band == 0 ? Complex(4, 2) : Complex(2, 1));
     }
+}
+
+// A real image of both signs fits the real form only: the automatic
+// constraint keeps it with one partial axis, and with two takes the
+// magnitude form all the same.
+TEST(Pocs, AutomaticConstraintWithTwoPartialAxesIsTheMagnitudeForm)
+{
+    ReconShape shape;
+    shape.n = {8, 16, 8};
+    std::vector<Cd> real_image;
+    for (const Complex& value : random_kspace(shape, 3)) {
+        real_image.push_back(0.5 + value.real());  // the echo at k = 0
+    }
+    const std::vector<Cd> spectrum = centred_dft(real_image, shape.n, -1);
+    const std::vector<Complex> k(spectrum.begin(), spectrum.end());
+    ReconOptions options;
+    options.output = ReconOutput::complex;
+    options.noise_adaptive = false;
+    std::vector<float> image(2 * static_cast<std::size_t>(shape.voxels()));
+    options.ranges[AXIS_Y] = KRange{-4, 7};
+    EXPECT_EQ(reconstruct(shape, k.data(), options, image.data()).images[0].constraint, PhaseConstraint::real_part);
+    options.ranges[AXIS_Z] = KRange{-2, 3};
+    EXPECT_EQ(reconstruct(shape, k.data(), options, image.data()).images[0].constraint, PhaseConstraint::magnitude);
 }
 
 TEST(Pocs, OptionsRefusedNamingTheOption)
