@@ -84,8 +84,9 @@ const OptionRow option_table[] = {
      "0 <= T < 1 (default 2e-4; 0 runs all iterations)",
      [](CommandOptions& o, const std::string& v) { o.recon.tolerance = number_of("--tolerance", v); }},
     {"--constraint", "auto|real|magnitude", "Constraint",
-     "POCS image constraint (default auto: short trials of both, the one\n"
-     "that fits the measured data better kept)",
+     "POCS image constraint (default auto: with one partial axis, short\n"
+     "trials of both, the real form kept where it fits the measured data\n"
+     "far better; with two or three, magnitude)",
      [](CommandOptions& o, const std::string& v) { o.recon.constraint = constraint_named(v); }},
     {"--window", "hann|tukey|box", "Window", "POCS: window of the phase estimate (default hann)",
      [](CommandOptions& o, const std::string& v) { o.recon.window = window_named(v); }},
