@@ -40,8 +40,9 @@ std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KS
 }
 
 // The weighted k-space of one coil (sizes n) summed into m[a] bins along
-// every axis a, sample k into bin k mod m[a]: the unnormalised inverse DFT of
-// the bins is the image of the whole k-space at every (n[a] / m[a])-th sample.
+// every axis a, index i into bin i mod m[a]: the unnormalised inverse DFT of
+// the bins is the image of the whole k-space at every (n[a] / m[a])-th
+// sample, in either k-space order.
 void fold_weighted(const Complex* coil, const std::vector<float>& weights, const std::array<Index, 3>& n,
                    const std::array<Index, 3>& m, Complex* folded)
 {
@@ -155,8 +156,7 @@ std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, cons
     const VolumeTransform& image_transform = folded_transform ? *folded_transform : transform;
     const Index image_samples = m[0] * m[1] * m[2];
     // Left unfolded, a large image is thinned to at most 2^18 samples by a
-    // stride over its samples: plenty for the fit, whose passes cost more
-    // than the transform.
+    // stride over its samples.
     const Index stride = (image_samples + pooled_samples - 1) / pooled_samples;
     std::vector<float> powers(static_cast<std::size_t>(shape.coils * shape.volumes));
     run_on_threads(threads, [&](int thread) {
