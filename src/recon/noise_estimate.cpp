@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
 constexpr Index pooled_samples = Index{1} << 18;
+// A lattice of fewer samples (axes of prime lengths) leaves the image unfolded.
+constexpr Index least_folded_samples = Index{1} << 16;
 
 double sin_squared(double angle)
 {
@@ -34,6 +37,27 @@ std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KS
         weights[static_cast<std::size_t>(i)] = w;
     }
     return weights;
+}
+
+// The weighted k-space of one coil (sizes n) summed into m[a] bins along
+// every axis a, index i into bin i mod m[a]: the unnormalised inverse DFT of
+// the bins is the image of the whole k-space at every (n[a] / m[a])-th
+// sample, in either k-space order.
+void fold_weighted(const Complex* coil, const std::vector<float>& weights, const std::array<Index, 3>& n,
+                   const std::array<Index, 3>& m, Complex* folded)
+{
+    std::fill(folded, folded + m[0] * m[1] * m[2], Complex(0.0f, 0.0f));
+    std::size_t s = 0;
+    for (Index z = 0; z < n[2]; ++z) {
+        for (Index y = 0; y < n[1]; ++y) {
+            Complex* row = folded + ((z % m[2]) * m[1] + y % m[1]) * m[0];
+            for (Index x0 = 0; x0 < n[0]; x0 += m[0]) {
+                for (Index x = 0; x < m[0]; ++x, ++s) {
+                    row[x] += weights[s] * coil[s];
+                }
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -88,30 +112,60 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
     return static_cast<float>(v / weight_energy);
 }
 
+std::array<Index, 3> folded_sizes(const std::array<Index, 3>& n)
+{
+    std::array<std::vector<Index>, 3> divisors;
+    for (int axis = 0; axis < 3; ++axis) {
+        for (Index d = 1; d <= n[axis]; ++d) {
+            if (n[axis] % d == 0) {
+                divisors[axis].push_back(d);
+            }
+        }
+    }
+    std::array<Index, 3> best = n;
+    Index best_samples = 0, best_spacing = 0;
+    for (Index dx : divisors[0]) {
+        for (Index dy : divisors[1]) {
+            for (Index dz : divisors[2]) {
+                const Index samples = (n[0] / dx) * (n[1] / dy) * (n[2] / dz);
+                const Index spacing = std::max({dx, dy, dz});
+                if (samples <= pooled_samples &&
+                    (samples > best_samples || (samples == best_samples && spacing < best_spacing))) {
+                    best = {n[0] / dx, n[1] / dy, n[2] / dz};
+                    best_samples = samples;
+                    best_spacing = spacing;
+                }
+            }
+        }
+    }
+    return best_samples >= least_folded_samples ? best : n;
+}
+
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
                                          const SampledRanges& ranges, KSpaceOrder order,
                                          const VolumeTransform& transform, int threads)
 {
-    const Index voxels = shape.voxels();
     const std::vector<float> weights = noise_highpass_weights(shape.n, ranges, order);
     double weight_energy = 0.0;
     for (float w : weights) {
         weight_energy += static_cast<double>(w) * static_cast<double>(w);
     }
+    const std::array<Index, 3> m = folded_sizes(shape.n);
+    // Planned here, before the workers start (FFTW's planner is not thread-safe).
+    const std::unique_ptr<VolumeTransform> folded_transform(m == shape.n ? nullptr : new VolumeTransform(m));
+    const VolumeTransform& image_transform = folded_transform ? *folded_transform : transform;
+    const Index image_samples = m[0] * m[1] * m[2];
+    // Left unfolded, a large image is thinned to at most 2^18 samples by a
+    // stride over its samples.
+    const Index stride = (image_samples + pooled_samples - 1) / pooled_samples;
     std::vector<float> powers(static_cast<std::size_t>(shape.coils * shape.volumes));
     run_on_threads(threads, [&](int thread) {
-        ComplexBuffer samples(voxels);
-        // A strided subset of at most 2^18 samples: plenty for the fit, and
-        // the fit's passes over the samples cost more than the transform.
-        const Index stride = (voxels + pooled_samples - 1) / pooled_samples;
-        std::vector<float> squared(static_cast<std::size_t>((voxels + stride - 1) / stride));
+        ComplexBuffer samples(image_samples);
+        std::vector<float> squared(static_cast<std::size_t>((image_samples + stride - 1) / stride));
         for (Index j = thread; j < shape.coils * shape.volumes; j += threads) {
-            const std::complex<float>* coil = kspace + j * voxels;
-            for (Index s = 0; s < voxels; ++s) {
-                samples[s] = weights[static_cast<std::size_t>(s)] * coil[s];
-            }
-            transform.inverse(samples.data());
-            for (Index s = 0; s < voxels; s += stride) {
+            fold_weighted(kspace + j * shape.voxels(), weights, shape.n, m, samples.data());
+            image_transform.inverse(samples.data());
+            for (Index s = 0; s < image_samples; s += stride) {
                 squared[static_cast<std::size_t>(s / stride)] = std::norm(samples[s]);
             }
             powers[static_cast<std::size_t>(j)] = noise_power_from_highpass(squared, weight_energy);

@@ -41,10 +41,27 @@ std::vector<float> noise_highpass_weights(const std::array<Index, 3>& n, const S
 // median is 0.
 float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double weight_energy);
 
+// The sizes m of the image lattice the noise fit uses, for a coil image of
+// sizes n: every d[a]-th sample along each axis a, d[a] = n[a] / m[a] a
+// divisor of n[a]. Of the lattices of at most 2^18 samples, the one of the
+// most samples; among these, the one of the smallest largest spacing
+// (samples spread most evenly), then of the smallest spacing along x, then
+// y. 2^18 samples settle the fit to a fraction of a per cent, and the
+// lattice's image costs one pass over the k-space and a transform of the
+// lattice's size. An image of at most 2^18 samples is its own lattice. When
+// no lattice holds 2^16 samples (lengths of few divisors, e.g. 521 x 509),
+// m = n: the whole image is transformed and every s-th sample used,
+// s = ceil(voxels / 2^18).
+std::array<Index, 3> folded_sizes(const std::array<Index, 3>& n);
+
 // Noise power per k-space sample of every coil of every volume of `kspace`
 // (shape x, y, z, coils, volumes; zero outside the sampled block), coils
-// fastest. `transform`: all three axes of the image's size; coil image j
-// runs on thread j mod threads.
+// fastest. The image on the lattice above comes exactly from the weighted
+// k-space summed into m[a] bins per axis (sample index i into bin i mod m[a])
+// and an inverse transform of the bins, planned here with FFTW_ESTIMATE (so
+// call it before any worker thread of the caller starts). `transform`: all
+// three axes of the image's size, used when the image is not folded; coil
+// image j runs on thread j mod threads.
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
                                          const SampledRanges& ranges, KSpaceOrder order,
                                          const VolumeTransform& transform, int threads = 1);
