@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "recon/coil_combine.hpp"
 #include "recon/coil_sensitivities.hpp"
 #include "recon/fft_order.hpp"
 #include "recon/image_synthesis.hpp"
-#include "recon/one_pass_homodyne.hpp"
+#include "recon/method_plans.hpp"
 #include "recon/phase_calibration.hpp"
 #include "recon/worker_threads.hpp"
 
@@ -85,12 +84,8 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     ReconOptions coil_options = options;
     coil_options.output = ReconOutput::complex;
     const bool pocs = options.method == ReconMethod::pocs;
-    const HomodynePlan homodyne = pocs ? HomodynePlan{} : plan_homodyne(shape, options.ranges);
-    const std::unique_ptr<VolumeTransform> full(pocs ? nullptr : new VolumeTransform(shape.n));
-    const std::unique_ptr<VolumeTransform> block(pocs ? nullptr : new VolumeTransform(homodyne.block()));
-    const PocsPlan plan = pocs ? plan_pocs(shape, coil_options) : PocsPlan{};
-    const std::unique_ptr<PocsTransforms> pocs_transforms(pocs ? new PocsTransforms(plan) : nullptr);
-    const VolumeTransform& all = pocs ? pocs_transforms->all : *full;
+    const MethodPlans plans(shape, coil_options);
+    const VolumeTransform& all = plans.all();
     const SampledBox box = sampled_box(shape, options.ranges);
 
     const NoiseLevel noise = noise_level(options, shape, kspace, all);
@@ -141,13 +136,9 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
             float* x_values = reinterpret_cast<float*>(x);
             float* radians = radians_wanted ? own_radians.data() : nullptr;
             Complex* low = adaptive ? lowres.data() + j * voxels : nullptr;
-            if (pocs) {
-                report.images[j] = pocs_volume(plan, *pocs_transforms, k, x_values, radians, low);
-            } else {
-                report.images[j] = homodyne_volume(homodyne, *full, *block, k, ReconOutput::complex, x_values, radians);
-                if (low != nullptr) {
-                    calibration_of(box, all, k, options.window, low, scratch.data());
-                }
+            report.images[j] = plans.reconstruct(k, x_values, radians, low);
+            if (!pocs && low != nullptr) {
+                calibration_of(box, all, k, options.window, low, scratch.data());
             }
             const std::vector<Complex> e = unit_phase_wanted ? unit_phases(radians, voxels) : std::vector<Complex>{};
             if (step_per_image) {

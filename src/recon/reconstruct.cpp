@@ -2,10 +2,9 @@
 
 #include <cfloat>
 #include <cmath>
-#include <memory>
 
 #include "recon/coil_pipeline.hpp"
-#include "recon/one_pass_homodyne.hpp"
+#include "recon/method_plans.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/worker_threads.hpp"
 
@@ -64,13 +63,7 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
         return reconstruct_through_coil_steps(shape, kspace, options, image, phase);
     }
 
-    // Every plan is made here, before a thread starts.
-    const bool pocs = options.method == ReconMethod::pocs;
-    const HomodynePlan homodyne = pocs ? HomodynePlan{} : plan_homodyne(shape, options.ranges);
-    const std::unique_ptr<VolumeTransform> full(pocs ? nullptr : new VolumeTransform(shape.n));
-    const std::unique_ptr<VolumeTransform> block(pocs ? nullptr : new VolumeTransform(homodyne.block()));
-    const PocsPlan plan = pocs ? plan_pocs(shape, options) : PocsPlan{};
-    const std::unique_ptr<PocsTransforms> pocs_transforms(pocs ? new PocsTransforms(plan) : nullptr);
+    const MethodPlans plans(shape, options);  // before a thread starts
 
     const Index images = shape.coils * shape.volumes;
     const Index values = shape.voxels() * values_per_sample(options.output);
@@ -81,9 +74,7 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
         for (Index j = thread; j < images; j += report.threads) {
             const Complex* k = kspace + j * shape.voxels();
             float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
-            report.images[j] = pocs ? pocs_volume(plan, *pocs_transforms, k, image + j * values, phase_of_image)
-                                    : homodyne_volume(homodyne, *full, *block, k, options.output, image + j * values,
-                                                      phase_of_image);
+            report.images[j] = plans.reconstruct(k, image + j * values, phase_of_image);
         }
     };
 
