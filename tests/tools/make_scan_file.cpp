@@ -16,7 +16,7 @@
 #include <iostream>
 #include <string>
 
-#include "rawdata/raw_kspace.hpp"
+#include "io/raw_kspace.hpp"
 #include "recon/recon_error.hpp"
 #include "scan_file_writer.hpp"
 

@@ -17,7 +17,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "rawdata/raw_kspace.hpp"
+#include "io/raw_kspace.hpp"
 #include "recon/noise_whitening.hpp"
 #include "recon/reconstruct.hpp"
 #include "scan_file_writer.hpp"

@@ -18,9 +18,9 @@
 #include <random>
 #include <sstream>
 
-#include "rawdata/image_writer.hpp"
-#include "rawdata/png_montage.hpp"
-#include "rawdata/raw_kspace.hpp"
+#include "io/image_writer.hpp"
+#include "io/png_montage.hpp"
+#include "io/raw_kspace.hpp"
 #include "recon/recon_error.hpp"
 #include "scan_file_writer.hpp"
 

@@ -4,9 +4,9 @@
 #include <exception>
 #include <iostream>
 
-#include "cli/command_errors.hpp"
-#include "cli/command_options.hpp"
-#include "cli/command_run.hpp"
+#include "front/cli/command_errors.hpp"
+#include "front/cli/command_options.hpp"
+#include "front/cli/command_run.hpp"
 
 int main(int argc, char** argv)
 {

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "rawdata/raw_kspace.hpp"
+#include "io/raw_kspace.hpp"
 #include "recon/noise_level.hpp"
 #include "recon/recon_options.hpp"
 

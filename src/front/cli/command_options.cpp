@@ -1,4 +1,4 @@
-#include "cli/command_options.hpp"
+#include "front/cli/command_options.hpp"
 
 #include <climits>
 #include <cmath>

@@ -1,10 +1,10 @@
-#include "rawdata/readout_table.hpp"
+#include "io/readout_table.hpp"
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
-#include "rawdata/raw_file_check.hpp"
+#include "io/raw_file_check.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {

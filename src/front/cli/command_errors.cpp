@@ -1,8 +1,8 @@
-#include "cli/command_errors.hpp"
+#include "front/cli/command_errors.hpp"
 
 #include <new>
 
-#include "cli/command_options.hpp"
+#include "front/cli/command_options.hpp"
 #include "recon/recon_error.hpp"
 
 Failure failure_of(const std::exception_ptr& error, const std::string& input)

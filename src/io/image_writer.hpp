@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "rawdata/raw_kspace.hpp"
+#include "io/raw_kspace.hpp"
 #include "recon/recon_shape.hpp"
 
 // `images` is in the canonical order of `shape` (x fastest, then y, z,

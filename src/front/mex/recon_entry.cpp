@@ -10,9 +10,9 @@
 
 #include <string>
 
-#include "gateway/error_barrier.hpp"
+#include "front/mex/error_barrier.hpp"
 #include "recon/recon_error.hpp"
-#include "recon_gateway/recon_arguments.hpp"
+#include "front/mex/recon_arguments.hpp"
 #include "mex.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/command_run.hpp"
+#include "front/cli/command_run.hpp"
 
 #include <chrono>
 #include <cmath>
@@ -8,12 +8,12 @@
 #include <iostream>
 #include <sstream>
 
-#include "cli/pending_file.hpp"
-#include "cli/scan_reconstruction.hpp"
-#include "cli/unit_scale.hpp"
-#include "cli/wisdom_file.hpp"
-#include "rawdata/image_writer.hpp"
-#include "rawdata/png_montage.hpp"
+#include "front/cli/pending_file.hpp"
+#include "front/cli/scan_reconstruction.hpp"
+#include "front/cli/unit_scale.hpp"
+#include "front/cli/wisdom_file.hpp"
+#include "io/image_writer.hpp"
+#include "io/png_montage.hpp"
 #include "recon/noise_whitening.hpp"
 #include "recon/recon_error.hpp"
 

@@ -1,4 +1,4 @@
-#include "rawdata/readout_crop.hpp"
+#include "io/readout_crop.hpp"
 
 #include <new>
 

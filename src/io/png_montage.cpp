@@ -1,4 +1,4 @@
-#include "rawdata/png_montage.hpp"
+#include "io/png_montage.hpp"
 
 #include <png.h>
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "rawdata/raw_file_check.hpp"
+#include "io/raw_file_check.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {

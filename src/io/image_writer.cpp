@@ -1,4 +1,4 @@
-#include "rawdata/image_writer.hpp"
+#include "io/image_writer.hpp"
 
 #include <ismrmrd/dataset.h>
 
@@ -7,7 +7,7 @@
 #include <limits>
 #include <memory>
 
-#include "rawdata/raw_file_check.hpp"
+#include "io/raw_file_check.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {

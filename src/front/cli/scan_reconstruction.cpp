@@ -1,4 +1,4 @@
-#include "cli/scan_reconstruction.hpp"
+#include "front/cli/scan_reconstruction.hpp"
 
 #include <algorithm>
 #include <climits>

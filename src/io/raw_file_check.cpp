@@ -1,4 +1,4 @@
-#include "rawdata/raw_file_check.hpp"
+#include "io/raw_file_check.hpp"
 
 #include <hdf5.h>
 #include <ismrmrd/ismrmrd.h>

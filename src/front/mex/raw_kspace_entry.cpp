@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "gateway/error_barrier.hpp"
+#include "front/mex/error_barrier.hpp"
 #include "gateway/host_arrays.hpp"
-#include "rawdata/raw_kspace.hpp"
+#include "io/raw_kspace.hpp"
 #include "recon/recon_error.hpp"
 #include "mex.h"
 

@@ -1,4 +1,4 @@
-#include "cli/pending_file.hpp"
+#include "front/cli/pending_file.hpp"
 
 #include <unistd.h>
 
@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "rawdata/raw_file_check.hpp"
+#include "io/raw_file_check.hpp"
 #include "recon/recon_error.hpp"
 
 PendingFile::PendingFile(std::string final_path)

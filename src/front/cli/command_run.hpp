@@ -4,7 +4,7 @@
 // temporary names and rename them into place, telling progress on stderr
 // unless quiet.
 
-#include "cli/command_options.hpp"
+#include "front/cli/command_options.hpp"
 
 // Throws ReconError (or std::bad_alloc); nothing is left at the output paths
 // then.

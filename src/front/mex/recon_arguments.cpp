@@ -1,4 +1,4 @@
-#include "recon_gateway/recon_arguments.hpp"
+#include "front/mex/recon_arguments.hpp"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "cli/unit_scale.hpp"
+#include "front/cli/unit_scale.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -12,11 +12,11 @@
 #include <memory>
 #include <optional>
 
-#include "rawdata/raw_file_check.hpp"
-#include "rawdata/raw_kspace.hpp"
-#include "rawdata/readout_crop.hpp"
-#include "rawdata/readout_table.hpp"
-#include "rawdata/sampled_range.hpp"
+#include "io/raw_file_check.hpp"
+#include "io/raw_kspace.hpp"
+#include "io/readout_crop.hpp"
+#include "io/readout_table.hpp"
+#include "io/sampled_range.hpp"
 #include "recon/recon_error.hpp"
 
 const std::array<const char*, VOLUME_COUNTERS> kVolumeCounterNames{"slice", "contrast", "phase", "repetition", "set", "average"};

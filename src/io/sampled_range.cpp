@@ -1,9 +1,9 @@
-#include "rawdata/sampled_range.hpp"
+#include "io/sampled_range.hpp"
 
 #include <algorithm>
 #include <iterator>
 
-#include "rawdata/raw_file_check.hpp"
+#include "io/raw_file_check.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {

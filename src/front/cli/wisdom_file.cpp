@@ -1,9 +1,9 @@
-#include "cli/wisdom_file.hpp"
+#include "front/cli/wisdom_file.hpp"
 
 #include <fstream>
 #include <sstream>
 
-#include "cli/pending_file.hpp"
+#include "front/cli/pending_file.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/volume_transform.hpp"
 
