@@ -75,16 +75,13 @@ std::vector<Complex> unit_phases(const float* radians, Index count)
 }  // namespace
 
 ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
-                                           const ReconOptions& options, float* image, float* phase)
+                                           const ReconOptions& options, const MethodPlans& plans, float* image,
+                                           float* phase)
 {
     const CoilCombination combination = shape.coils > 1 ? options.combination : CoilCombination::none;
     const bool adaptive = combination == CoilCombination::adaptive;
 
-    // Every plan is made here, before a thread starts.
-    ReconOptions coil_options = options;
-    coil_options.output = ReconOutput::complex;
     const bool pocs = options.method == ReconMethod::pocs;
-    const MethodPlans plans(shape, coil_options);
     const VolumeTransform& all = plans.all();
     const SampledBox box = sampled_box(shape, options.ranges);
 
@@ -136,7 +133,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
             float* x_values = reinterpret_cast<float*>(x);
             float* radians = radians_wanted ? own_radians.data() : nullptr;
             Complex* low = adaptive ? lowres.data() + j * voxels : nullptr;
-            report.images[j] = plans.reconstruct(k, x_values, radians, low);
+            report.images[j] = plans.reconstruct(k, ReconOutput::complex, x_values, radians, low);
             if (!pocs && low != nullptr) {
                 calibration_of(box, all, k, options.window, low, scratch.data());
             }

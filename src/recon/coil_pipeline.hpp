@@ -4,8 +4,11 @@
 // image and its calibration image, then per volume the combination, the
 // noise-adaptive weighting and the output form (see reconstruct.hpp).
 
+#include "recon/method_plans.hpp"
 #include "recon/reconstruct.hpp"
 
-// As reconstruct(), on options and k-space that it has checked.
+// As reconstruct(), on options and k-space that it has checked, with the
+// call's method plans, made before any thread starts.
 ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
-                                           const ReconOptions& options, float* image, float* phase);
+                                           const ReconOptions& options, const MethodPlans& plans, float* image,
+                                           float* phase);

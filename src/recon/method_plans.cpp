@@ -1,20 +1,34 @@
 #include "recon/method_plans.hpp"
 
-MethodPlans::MethodPlans(const ReconShape& shape, const ReconOptions& options)
-    : pocs_(options.method == ReconMethod::pocs), output_(options.output)
+namespace {
+
+std::variant<PocsMethod, HomodyneMethod> method_for(const ReconShape& shape, const ReconOptions& options)
 {
-    if (pocs_) {
-        pocs_plan_ = plan_pocs(shape, options);
-        pocs_transforms_ = std::make_unique<PocsTransforms>(pocs_plan_);
-    } else {
-        homodyne_ = plan_homodyne(shape, options.ranges);
-        full_ = std::make_unique<VolumeTransform>(shape.n);
-        block_ = std::make_unique<VolumeTransform>(homodyne_.block());
+    if (options.method == ReconMethod::pocs) {
+        return std::variant<PocsMethod, HomodyneMethod>(std::in_place_type<PocsMethod>, plan_pocs(shape, options));
     }
+    return std::variant<PocsMethod, HomodyneMethod>(std::in_place_type<HomodyneMethod>,
+                                                    plan_homodyne(shape, options.ranges));
 }
 
-VolumeReport MethodPlans::reconstruct(const Complex* kspace, float* image, float* phase, Complex* lowres) const
+}  // namespace
+
+MethodPlans::MethodPlans(const ReconShape& shape, const ReconOptions& options) : method_(method_for(shape, options)) {}
+
+const VolumeTransform& MethodPlans::all() const
 {
-    return pocs_ ? pocs_volume(pocs_plan_, *pocs_transforms_, kspace, image, phase, lowres)
-                 : homodyne_volume(homodyne_, *full_, *block_, kspace, output_, image, phase);
+    if (const auto* pocs = std::get_if<PocsMethod>(&method_)) {
+        return pocs->transforms.all;
+    }
+    return std::get<HomodyneMethod>(method_).full;
+}
+
+VolumeReport MethodPlans::reconstruct(const Complex* kspace, ReconOutput output, float* image, float* phase,
+                                      Complex* lowres) const
+{
+    if (const auto* pocs = std::get_if<PocsMethod>(&method_)) {
+        return pocs_volume(pocs->plan, pocs->transforms, kspace, output, image, phase, lowres);
+    }
+    const HomodyneMethod& homodyne = std::get<HomodyneMethod>(method_);
+    return homodyne_volume(homodyne.plan, homodyne.full, homodyne.block, kspace, output, image, phase);
 }

@@ -3,28 +3,40 @@
 // starts and shared by them: POCS's block, blend weights and transforms, or
 // one-pass homodyne's filters and its two transforms.
 
-#include <memory>
+#include <variant>
 
 #include "recon/one_pass_homodyne.hpp"
 #include "recon/pocs.hpp"
+#include "recon/volume_report.hpp"
+
+struct PocsMethod {
+    PocsPlan plan;
+    PocsTransforms transforms;
+    explicit PocsMethod(PocsPlan pocs_plan) : plan(std::move(pocs_plan)), transforms(plan) {}
+};
+
+struct HomodyneMethod {
+    HomodynePlan plan;
+    VolumeTransform full, block;
+    explicit HomodyneMethod(const HomodynePlan& homodyne_plan)
+        : plan(homodyne_plan), full(homodyne_plan.n), block(homodyne_plan.block())
+    {
+    }
+};
 
 class MethodPlans {
 public:
-    // `options.output` is the form every coil image is written in.
     MethodPlans(const ReconShape& shape, const ReconOptions& options);
 
     // All three axes of the image's size.
-    const VolumeTransform& all() const { return pocs_ ? pocs_transforms_->all : *full_; }
+    const VolumeTransform& all() const;
 
-    // One coil image by the method, as pocs_volume and homodyne_volume say;
-    // `lowres` (POCS only, may be null) receives the calibration image.
-    VolumeReport reconstruct(const Complex* kspace, float* image, float* phase, Complex* lowres = nullptr) const;
+    // One coil image by the method, in the form `output`, as pocs_volume and
+    // homodyne_volume say; `lowres` (POCS only, may be null) receives the
+    // calibration image.
+    VolumeReport reconstruct(const Complex* kspace, ReconOutput output, float* image, float* phase,
+                             Complex* lowres = nullptr) const;
 
 private:
-    bool pocs_;
-    ReconOutput output_;
-    HomodynePlan homodyne_;
-    std::unique_ptr<VolumeTransform> full_, block_;
-    PocsPlan pocs_plan_;
-    std::unique_ptr<PocsTransforms> pocs_transforms_;
+    std::variant<PocsMethod, HomodyneMethod> method_;
 };

@@ -202,8 +202,8 @@ PocsTransforms::PocsTransforms(const PocsPlan& plan)
 {
 }
 
-VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace, float* image,
-                         float* phase, Complex* lowres)
+VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace,
+                         ReconOutput output, float* image, float* phase, Complex* lowres)
 {
     const VolumeTransform& transform = transforms.partial_axes;
     const Index voxels = transform.voxels();
@@ -254,7 +254,7 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
     VolumeReport report = pocs.run(iterations);
     transform.inverse(buffers.work.data());
     const float scale = 1.0f / static_cast<float>(voxels);
-    write_image(buffers.work.data(), buffers.phase.data(), transform.n(), scale, plan.options.output, image);
+    write_image(buffers.work.data(), buffers.phase.data(), transform.n(), scale, output, image);
     if (phase != nullptr) {
         const Complex* e = buffers.phase.data();
         for_each_shift_run(transform.n(), [&](Index fft, Index centred, Index count) {

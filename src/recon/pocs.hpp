@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "recon/recon_options.hpp"
+#include "recon/volume_report.hpp"
 #include "recon/sampled_box.hpp"
 #include "recon/volume_transform.hpp"
 
@@ -33,14 +34,6 @@
 // 5 of the 8 coils), so the magnitude form is used.
 constexpr int trial_iterations = 5;
 constexpr double real_form_margin = 0.35;
-
-struct VolumeReport {
-    int iterations = 0;          // POCS iterations run
-    double change = 0.0;         // relative change of the last iteration
-    double residual = 0.0;       // ||estimate - measured|| / ||measured|| over the block, last iteration
-    PhaseConstraint constraint = PhaseConstraint::real_part;  // the form whose result was kept
-    std::array<Index, 3> echo{0, 0, 0};  // k-space peak per partial axis
-};
 
 // What every volume of one call shares: the block, the blend weights of the
 // data step per axis (1 inside, rising over the transition band), the options.
@@ -80,4 +73,4 @@ struct PocsTransforms {
 // into `lowres`, unless null, the calibration image (centred, in the image's
 // units), from which coil sensitivities are estimated.
 VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace,
-                         float* image, float* phase, Complex* lowres = nullptr);
+                         ReconOutput output, float* image, float* phase, Complex* lowres = nullptr);

@@ -2,6 +2,7 @@
 
 #include <cfloat>
 #include <cmath>
+#include <optional>
 
 #include "recon/coil_pipeline.hpp"
 #include "recon/method_plans.hpp"
@@ -56,14 +57,14 @@ std::vector<Complex> times_power_of_two(const Complex* values, Index count, int 
 
 // The reconstruction of k-space whose largest part lies in [1, 2).
 ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
-                                   float* image, float* phase)
+                                   float* image, float* phase, const MethodPlans* given_plans)
 {
+    std::optional<MethodPlans> own_plans;  // made before a thread starts
+    const MethodPlans& plans = given_plans != nullptr ? *given_plans : own_plans.emplace(shape, options);
     if (options.noise_adaptive || options.noise_scan != nullptr || !options.noise_covariance.empty() ||
         result_images(shape, options) != shape.coils * shape.volumes) {
-        return reconstruct_through_coil_steps(shape, kspace, options, image, phase);
+        return reconstruct_through_coil_steps(shape, kspace, options, plans, image, phase);
     }
-
-    const MethodPlans plans(shape, options);  // before a thread starts
 
     const Index images = shape.coils * shape.volumes;
     const Index values = shape.voxels() * values_per_sample(options.output);
@@ -74,7 +75,7 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
         for (Index j = thread; j < images; j += report.threads) {
             const Complex* k = kspace + j * shape.voxels();
             float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
-            report.images[j] = plans.reconstruct(k, image + j * values, phase_of_image);
+            report.images[j] = plans.reconstruct(k, options.output, image + j * values, phase_of_image);
         }
     };
 
@@ -85,12 +86,12 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
 }  // namespace
 
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
-                         float* phase)
+                         float* phase, const MethodPlans* plans)
 {
     validate_options(options, shape);
     const int exponent = unit_exponent(check_kspace_values(shape, kspace));
     if (exponent == 0) {
-        return reconstruct_unit_scale(shape, kspace, options, image, phase);
+        return reconstruct_unit_scale(shape, kspace, options, image, phase, plans);
     }
     // Data of any other scale run at unit scale, the noise covariance or scan
     // with them. A power of two changes no digit, so the result is that of the
@@ -107,7 +108,7 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
         unit_scan = times_power_of_two(options.noise_scan, options.noise_scan_shape.samples(), -exponent);
         unit_options.noise_scan = unit_scan.data();
     }
-    ReconReport report = reconstruct_unit_scale(shape, unit_kspace.data(), unit_options, image, phase);
+    ReconReport report = reconstruct_unit_scale(shape, unit_kspace.data(), unit_options, image, phase, plans);
     const Index values = shape.voxels() * result_images(shape, options) * values_per_sample(options.output);
     for (Index i = 0; i < values; ++i) {
         image[i] = std::ldexp(image[i], exponent);

@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "recon/adaptive_synthesis.hpp"
+#include "recon/method_plans.hpp"
 #include "recon/noise_level.hpp"
 #include "recon/pocs.hpp"
 #include "recon/recon_options.hpp"
@@ -64,10 +65,13 @@ inline Index values_per_sample(ReconOutput output) { return output == ReconOutpu
 // noise covariance or scan with it) times 2^p gives the image and the noise
 // levels reported times 2^p, bit for bit, as long as the scaled values stay
 // normal single-precision numbers. The core runs every call at unit scale.
+// `plans`, unless null, are the method plans made for this shape and these
+// options (a caller that reconstructs many k-spaces plans once); else they
+// are made here.
 // Throws ReconError (nothing written to `image` when the options or the data
 // are refused).
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
-                         float* phase = nullptr);
+                         float* phase = nullptr, const MethodPlans* plans = nullptr);
 
 // Refuses k-space holding NaN or Inf (homodyne:badInput) or values so large
 // that a transform of the image size could overflow single precision
