@@ -86,3 +86,7 @@ void set_option(ReconSettings& settings, const std::string& name, const OptionVa
 
 // The row of `name` in any spelling, or null.
 const OptionRow* find_option(const std::string& name);
+
+// A message of the core in a front end's words: every option's quoted name
+// ('Iterations') replaced by `spelling` of it (flag_of gives --iterations).
+std::string in_option_words(const std::string& message, std::string (*spelling)(const char*));

@@ -19,36 +19,33 @@
 // digit, and the front end multiplies the results by 2^e in its own
 // precision (restore_scale for single-precision results).
 
+#include <memory>
 #include <vector>
 
+#include "recon/array_layout.hpp"
+#include "recon/call_noise.hpp"
+#include "recon/kspace_input.hpp"
 #include "recon/method_plans.hpp"
 #include "recon/option_table.hpp"
 #include "recon/range_detection.hpp"
 #include "recon/reconstruct.hpp"
 
-// The k-space of a call as the caller holds it: any of four element types, any
-// strides. The core reads it; it never writes into it.
-struct KspaceInput {
-    enum class Type { complex_float, complex_double, real_float, real_double };
-    Type type = Type::complex_float;
-    const void* data = nullptr;
-    // Separate imaginary plane of real-typed data (hosts that keep complex
-    // data as two planes), else null.
-    const void* imag = nullptr;
-    std::vector<Index> dims;     // the caller's sizes, first = x; trailing ones may be left out
-    std::vector<Index> strides;  // per dimension, in elements; empty: column-major (first fastest)
-};
-
 // A call resolved against its k-space.
 struct ReconCall {
+    ArrayLayout layout;               // the caller's dimensions and the canonical shape
     ReconShape shape;                 // canonical: x, y, z, coils, volumes
-    ReconOptions options;             // ranges and noise resolved
-    std::vector<Index> input_dims;    // the caller's sizes (at least 3 entries)
+    ReconOptions options;             // ranges resolved; the noise comes from `noise`
+    CallNoise noise;                  // at the caller's scale
     std::vector<Index> result_dims;   // the caller's order, 1 along combined coils
-    std::vector<int> order;           // order[c]: the caller's dimension of canonical dimension c
     RangeDetection detection;
     ReconWarnings warnings;
     bool zero_outside = false;        // planes outside the ranges are zeroed before reconstruction
+    // The k-space prepare_call was given, and what it made of it: its unit
+    // exponent and, where it could not be read in place, its canonical copy
+    // at unit scale (null otherwise), which execute then uses.
+    const void* prepared_data = nullptr;
+    int prepared_exponent = 0;
+    std::shared_ptr<std::vector<Complex>> prepared_copy;
 };
 ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <thread>
 
 #include "recon/noise_whitening.hpp"
@@ -39,33 +40,45 @@ const char* const output_names[] = {"real", "magnitude", "complex"};
 const char* const constraint_names[] = {"auto", "real", "magnitude"};
 const char* const window_names[] = {"hann", "tukey", "box"};
 const char* const combination_names[] = {"adaptive", "rss", "none"};
-const char axis_names[] = "xyz";
 
-// The fraction of its symmetric extent around k = 0 that a range covers, as
-// the one-pass method's weights are defined for.
-float symmetric_fraction(const KRange& range)
+std::string range_text(const KRange& range)
 {
-    const Index reach = std::max(-range.first, range.last);
-    return static_cast<float>(range.last - range.first + 1) / static_cast<float>(2 * reach + 1);
+    return "[" + std::to_string(range.first) + " " + std::to_string(range.last) + "]";
 }
 
-void validate_range(int axis, const KRange& range, Index n, ReconMethod method)
+void validate_range(const std::string& label, const KRange& range, Index n, ReconMethod method)
 {
     const Index lowest = -(n / 2), highest = (n + 1) / 2 - 1;
-    const std::string name = std::string("the ") + axis_names[axis] + " range [" + std::to_string(range.first) + " " +
-                             std::to_string(range.last) + "]";
-    if (range.first > range.last || range.first < lowest || range.last > highest) {
-        throw ReconError("homodyne:badRange", name + " must be ordered and lie within the axis, k = " +
-                                                  std::to_string(lowest) + " .. " + std::to_string(highest) + ".");
+    const std::string name = label + " " + range_text(range);
+    if (range.first > range.last) {
+        throw ReconError("homodyne:badRange", name + " must be ordered, first <= last.");
+    }
+    if (range.first < lowest || range.last > highest) {
+        throw ReconError("homodyne:badRange", name + " lies outside the axis of " + std::to_string(n) +
+                                                  " samples, k = " + std::to_string(lowest) + " .. " +
+                                                  std::to_string(highest) + ".");
     }
     if (range.first > 0 || range.last < 0) {
-        throw ReconError("homodyne:sampling", name + " does not hold k = 0, so no phase can be estimated.");
-    }
-    if (method == ReconMethod::homodyne && std::abs(range.first + range.last) > 1 &&
-        symmetric_fraction(range) < 0.55f) {
         throw ReconError("homodyne:sampling",
-                         name + " covers less than 55 % of its symmetric extent around k = 0, "
-                                "the least that one-pass homodyne reconstruction accepts.");
+                         name + " does not contain k = 0; homodyne reconstruction needs the centre of k-space.");
+    }
+    // One-pass weights see the range with its missing part at the negative
+    // end (mirrored where it lies at the positive end, the unpaired -n/2 of an
+    // even axis having no mirror); at most one plane without its mirror is
+    // nothing to weight.
+    const bool mirrored = range.first + range.last < 0;
+    const Index first = mirrored ? -range.last : range.first;
+    const Index last = mirrored ? std::min(-range.first, highest) : range.last;
+    if (method != ReconMethod::homodyne || first + last <= 1) {
+        return;
+    }
+    const float fraction = static_cast<float>(last - first + 1) / static_cast<float>(2 * last + 1);
+    if (fraction < 0.55f) {
+        char percent[16];
+        std::snprintf(percent, sizeof percent, "%.0f", 100.0 * fraction);
+        throw ReconError("homodyne:sampling", name + " covers " + percent +
+                                                  " % of its symmetric extent around k = 0; homodyne "
+                                                  "reconstruction needs at least 55 %.");
     }
 }
 
@@ -88,7 +101,7 @@ CoilCombination combination_named(const std::string& text)
 const char* name_of(CoilCombination combination) { return combination_names[static_cast<int>(combination)]; }
 const char* name_of(PhaseConstraint constraint) { return constraint_names[static_cast<int>(constraint)]; }
 
-void validate_options(const ReconOptions& options, const ReconShape& shape)
+void validate_options(const ReconOptions& options, const ReconShape& shape, const RangeLabels& labels)
 {
     if (options.iterations < 1 || options.iterations > 10000) {
         bad_option("'Iterations' must be a whole number from 1 to 10000.");
@@ -104,7 +117,7 @@ void validate_options(const ReconOptions& options, const ReconShape& shape)
     }
     for (int axis = 0; axis < 3; ++axis) {
         if (options.ranges[axis]) {
-            validate_range(axis, *options.ranges[axis], shape.n[axis], options.method);
+            validate_range(labels[axis], *options.ranges[axis], shape.n[axis], options.method);
         }
     }
     if (!options.noise_covariance.empty() && options.noise_scan != nullptr) {

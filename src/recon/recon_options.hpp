@@ -2,6 +2,7 @@
 // The options of one reconstruction call, shared by every front end, and the
 // one function that checks them against the data's shape.
 
+#include <array>
 #include <complex>
 #include <string>
 #include <vector>
@@ -50,7 +51,10 @@ struct ReconOptions {
 // out of their domain, homodyne:badRange for ranges that do not fit `shape`,
 // homodyne:sampling for too little of the symmetric centre, homodyne:badInput
 // for a noise covariance or noise scan that does not fit the coils.
-void validate_options(const ReconOptions& options, const ReconShape& shape);
+// `labels` name the ranges in messages ("'Ranges' y range").
+using RangeLabels = std::array<std::string, 3>;
+void validate_options(const ReconOptions& options, const ReconShape& shape,
+                      const RangeLabels& labels = {"the x range", "the y range", "the z range"});
 
 // Text values of the options as users spell them (case-insensitive); they
 // throw homodyne:badOption naming the option and its choices.

@@ -7,10 +7,12 @@
 // image centre), so an axis of n samples covers k = -floor(n/2) .. ceil(n/2)-1.
 
 #include <array>
+#include <complex>
 #include <cstddef>
 #include <optional>
 
 using Index = std::ptrdiff_t;
+using Complex = std::complex<float>;
 
 enum SpatialAxis : int { AXIS_X = 0, AXIS_Y = 1, AXIS_Z = 2 };
 

@@ -85,6 +85,12 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
 
 }  // namespace
 
+ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
+                                  const MethodPlans& plans, float* image, float* phase)
+{
+    return reconstruct_unit_scale(shape, kspace, options, image, phase, &plans);
+}
+
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
                          float* phase, const MethodPlans* plans)
 {

@@ -73,6 +73,12 @@ inline Index values_per_sample(ReconOutput output) { return output == ReconOutpu
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
                          float* phase = nullptr, const MethodPlans* plans = nullptr);
 
+// As reconstruct(), for a caller that has validated `options` against `shape`
+// (validate_options) and brought the k-space to unit scale (its largest part
+// in [1, 2)).
+ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
+                                  const MethodPlans& plans, float* image, float* phase = nullptr);
+
 // Refuses k-space holding NaN or Inf (homodyne:badInput) or values so large
 // that a transform of the image size could overflow single precision
 // (homodyne:scale). Returns the largest magnitude of a real or imaginary part.

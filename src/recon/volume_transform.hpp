@@ -18,8 +18,6 @@
 
 #include "recon/recon_shape.hpp"
 
-using Complex = std::complex<float>;
-
 // The toolbox's own wisdom (the plans it has measured in this process) as
 // FFTW's text, and such text from an earlier process added to it (false when
 // FFTW refuses the text). A front end that runs once per file keeps it
