@@ -287,177 +287,25 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
                    'homodyne_recon(KSPACE, ''Method'', ''pocs'', ...); see help homodyne_recon.']);
   end
   try
-    started = tic;
     require_module(wrapper);
-    [kspace, scale] = checked_array(wrapper, 'KSPACE', kspace);
-    % One row per option: name, default, validator, what a valid value is.
-    % The core checks the domains of its numeric options itself.
-    number = @(v) isnumeric(v) && isscalar(v) && isreal(v);
     if ~isempty(varargin) && isstruct(varargin{1})
       varargin = [{'Acquisition'}, varargin];   % homodyne_recon(KSPACE, ACQ, ...)
     end
-    options = parse_options(wrapper, {
-      'Ranges', [], @(v) iscell(v) && numel(v) <= 3, 'a cell {KX, KY, KZ} of [] or [first last]'
-      'PartialFourier', [], @(v) iscell(v) && numel(v) <= 3, 'a cell {FX, FY, FZ} of [] or fractions such as 5/8'
-      'Acquisition', [], @(v) isstruct(v) && isscalar(v) && isfield(v, 'ranges') && iscell(v.ranges) && numel(v.ranges) <= 3, ...
-        'the struct ACQ of read_ismrmrd_kspace (with a field ranges)'
-      'Method', 'pocs', @(v) is_choice(v, {'pocs', 'homodyne'}), '''pocs'' or ''homodyne'''
-      'Output', 'real', @(v) is_choice(v, {'real', 'magnitude', 'complex'}), '''real'', ''magnitude'' or ''complex'''
-      'Iterations', 20, number, 'a whole number from 1 to 10000'
-      'Tolerance', 2e-4, number, 'a number from 0 to 1'
-      'Threads', 0, number, 'a whole number, 0 for one per core'
-      'Constraint', 'auto', @(v) is_choice(v, {'auto', 'real', 'magnitude'}), '''auto'', ''real'' or ''magnitude'''
-      'Window', 'hann', @(v) is_choice(v, {'hann', 'tukey', 'box'}), '''hann'', ''tukey'' or ''box'''
-      'TransitionBand', 0, number, 'a whole number of samples, 0 or more'
-      'Coils', [], @(v) isempty(v) || number(v), 'the dimension that holds the receive coils, a whole number from 3 to ndims(KSPACE)'
-      'CoilCombine', 'adaptive', @(v) is_choice(v, {'adaptive', 'rss'}), '''adaptive'' or ''rss'''
-      'NoiseCovariance', [], @(v) isfloat(v) && ~issparse(v), 'a coils x coils matrix or a noise scan (single or double)'
-      'NoiseAdaptive', [], @(v) isempty(v) || ((islogical(v) || number(v)) && isscalar(v) && any(v == [0 1])), 'true or false'
-      'Dims', [], @(v) isempty(v) || (number(v) && any(v == [2 3])), '2 or 3 (the number of spatial dimensions)'
-    }, varargin);
-    options.Method = lower(options.Method);
-    options.Output = lower(options.Output);
-    options.CoilCombine = lower(options.CoilCombine);
-    options = acquisition_options(kspace, options);
-    layout = coil_layout(wrapper, size(kspace), options.Coils, options.Dims);
-    if isempty(options.NoiseAdaptive)
-      % One-pass 'real' keeps the result of earlier releases unless coils or noise are named.
-      options.NoiseAdaptive = ~(strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ...
-                                isempty(options.Coils) && isempty(options.NoiseCovariance));
+    if issparse(kspace)
+      kspace = full(kspace);
     end
-    options.NoiseAdaptive = logical(options.NoiseAdaptive);
-    old_chain = strcmp(options.Method, 'homodyne') && strcmp(options.Output, 'real') && ~options.NoiseAdaptive && ...
-                isempty(options.Coils) && isempty(options.NoiseCovariance) && ~isequal(options.Dims, 2);
-    if ~old_chain
-      kspace = reshape(permute(kspace, layout.perm), layout.canonical);
+    % The module returns IMAGE, INFO, PHASE, ZERO_FILLED, SENSITIVITIES and
+    % computes only those asked for; INFO always, for its warnings.
+    results = cell(1, max(2, nargout + (nargout < 4)));
+    [results{:}] = homodyne_recon_mex('reconstruct', kspace, varargin{:});
+    info = results{2};
+    for w = info.warnings
+      warning(w.identifier, '%s: %s', wrapper, w.message);
     end
-    [kspace, ranges, labels, detection] = sampled_ranges(wrapper, kspace, options);
-    options = rmfield(options, {'PartialFourier', 'Acquisition'});
-    if ~old_chain
-      [img, phase, zero_filled, info, sensitivities] = core_recon(wrapper, kspace, scale, ranges, labels, options, layout, nargout);
-      info.detection = detection;
-      return;
-    end
-    plan = plan_axes(wrapper, ranges, labels, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
-    info.ranges = plan.ranges;
-    info.mirrored = plan.mirrored;
-    info.weighted = plan.weighted;
-    info.seconds.ranges = toc(started);
-
-    step = tic;
-    work = working_copy(kspace, scale);
-    work = mirror_axes(work, find(plan.mirrored));
-    [block, work] = weight_kspace(work, plan.mex_ranges);
-    info.seconds.filter = toc(step);
-
-    step = tic;
-    work = centred_ifft3(work);
-    lowres = centred_ifft3(block);
-    info.seconds.fft = toc(step);
-
-    step = tic;
-    work = remove_phase(work, lowres);
-    img = real(work);
-    no_phase = isnan(img);   % where the low-resolution image vanishes: no phase, and no signal
-    if any(no_phase(:))
-      img(no_phase) = 0;
-    end
-    img = restored(wrapper, 'IMG', mirror_axes(img, find(plan.mirrored)), scale, class(kspace), false);
-    info.seconds.multiply = toc(step);
-
-    step = tic;
-    if nargout > 1
-      phase = cast(mirror_axes(removed_phase(lowres, size(work)), find(plan.mirrored)), class(kspace));
-    end
-    if nargout > 2
-      zero_filled = abs(centred_ifft3(kspace / scale));
-      zero_filled = restored(wrapper, 'ZERO_FILLED', zero_filled, scale, class(kspace), false);
-    end
-    info.seconds.extra_outputs = toc(step);
-    info.detection = detection;
+    img = results{1};
+    results(end + 1:5) = {[]};
+    [phase, zero_filled, sensitivities] = results{3:5};
   catch err
     homodyne_error(wrapper, err);
   end
-end
-
-% The struct of read_ismrmrd_kspace brings, beside its ranges (SAMPLED_RANGES),
-% its coils in dimension 4 and its noise scan (at the noise variance of the
-% k-space), unless the call names coils or a covariance itself.
-function options = acquisition_options(kspace, options)
-  acq = options.Acquisition;
-  if isnumeric(acq) || ~isempty(options.Coils) || ~isempty(options.NoiseCovariance)
-    return;
-  end
-  coils = size(kspace, 4);
-  if coils > 1
-    options.Coils = 4;
-  end
-  if isfield(acq, 'noise') && isfloat(acq.noise) && ~isempty(acq.noise) && size(acq.noise, 2) == coils
-    noise = acq.noise;
-    if isfield(acq, 'noise_variance_scale')
-      noise = noise * sqrt(double(acq.noise_variance_scale));
-    end
-    if coils > 1
-      options.NoiseCovariance = reshape(noise, [size(noise, 1), 1, 1, coils]);
-    else
-      options.NoiseCovariance = mean(abs(double(noise)).^2);
-    end
-  end
-end
-
-% The sampled ranges, from exactly one of 'Ranges', 'PartialFourier' and
-% 'Acquisition' or detected, checked against the data; KSPACE comes back with
-% the planes outside them zero (noise or filler in unacquired lines).
-function [kspace, ranges, labels, detection] = sampled_ranges(wrapper, kspace, options)
-  sizes = [size(kspace, 1), size(kspace, 2), size(kspace, 3)];
-  sources = {'Ranges', 'PartialFourier', 'Acquisition'};
-  given = sources(cellfun(@(name) ~isnumeric(options.(name)), sources));   % not the default []: {} is all []
-  if numel(given) > 1
-    homodyne_error(wrapper, 'badOption', 'give the sampled ranges once: ''%s'' and ''%s'' both given.', given{1:2});
-  end
-  profiles = plane_energy(kspace);
-  if isempty(given)
-    [ranges, detection] = detect_ranges(wrapper, kspace, profiles);
-    labels = {'the detected x range', 'the detected y range', 'the detected z range'};
-  else
-    switch given{1}
-      case 'Ranges'
-        ranges = options.Ranges;
-      case 'PartialFourier'
-        ranges = partial_fourier_ranges(wrapper, options.PartialFourier, sizes);
-      otherwise
-        ranges = options.Acquisition.ranges;
-    end
-    ranges = [ranges(:)', cell(1, 3 - numel(ranges))];
-    labels = strcat({['''' given{1} ''' ']}, {'x range', 'y range', 'z range'});
-  end
-  least_fraction = 0.55 * strcmp(options.Method, 'homodyne');   % POCS weights nothing
-  plan = plan_axes(wrapper, ranges, labels, sizes, least_fraction);
-  if ~isempty(given)
-    detection = check_given_ranges(wrapper, plan.ranges, labels, sizes, profiles);
-  end
-  for one = detection([detection.one_sided])
-    warning('homodyne:oneSided', ['%s: along %s no plane is all zero or far weaker than its mirror (k -> -k), ' ...
-            'so the axis is taken as fully sampled, but one end is weak (a plane at %.2g of its mirror''s ' ...
-            'energy): if lines there were not acquired, give ''Ranges'' or ''PartialFourier''.'], ...
-            wrapper, one.axis, one.ratio);
-  end
-  z = plan.ranges{3};
-  warn_if_z_volumes(wrapper, profiles, ~isempty(z) && (z(1) > 1 - floor(sizes(3) / 2) || z(2) < ceil(sizes(3) / 2) - 1));
-  if any(strcmp({detection.method}, 'energy') | (strcmp({detection.method}, 'given') & [detection.ratio] > 0))
-    kspace = zero_outside(kspace, plan.ranges);
-  end
-end
-
-function ok = is_choice(value, choices)
-  ok = ischar(value) && isrow(value) && any(strcmpi(value, choices));
-end
-
-% The phase that 'multiply' takes off, recovered through the module itself:
-% on data of ones it leaves cos(phase) for LOWRES and sin(phase) for
-% -1i*LOWRES, whose real part is Im(LOWRES).
-function phase = removed_phase(lowres, sizes)
-  cosine = remove_phase(ones(sizes, 'single'), lowres);
-  sine = remove_phase(ones(sizes, 'single'), -1i * lowres);
-  phase = atan2(sine, cosine);
 end

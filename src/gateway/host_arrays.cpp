@@ -72,14 +72,14 @@ mxArray* call_host(const char* name, std::vector<mxArray*> args)
 // mxCreateNumericArray in this layout, so the host builds it: complex() of
 // zeros(dims, 'single'), which also keeps the result complex on return. The
 // zeros are the host's own array, so they are not copied on the way in.
-mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+mxArray* create_complex(const std::vector<std::int64_t>& dims, mxClassID class_id)
 {
     mxArray* size = mxCreateDoubleMatrix(1, dims.size(), mxREAL);
     double* sizes = static_cast<double*>(mxGetData(size));
     for (std::size_t d = 0; d < dims.size(); ++d) {
         sizes[d] = static_cast<double>(dims[d]);
     }
-    mxArray* zeros = call_host("zeros", {size, mxCreateString("single")});
+    mxArray* zeros = call_host("zeros", {size, mxCreateString(class_id == mxDOUBLE_CLASS ? "double" : "single")});
     return call_host("complex", {zeros});
 }
 
@@ -98,10 +98,10 @@ ContiguousPlanes::ContiguousPlanes(const mxArray* array)
 {
 }
 
-mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+mxArray* create_complex(const std::vector<std::int64_t>& dims, mxClassID class_id)
 {
     const std::vector<mwSize> sizes(dims.begin(), dims.end());
-    mxArray* result = mxCreateNumericArray(sizes.size(), sizes.data(), mxSINGLE_CLASS, mxCOMPLEX);
+    mxArray* result = mxCreateNumericArray(sizes.size(), sizes.data(), class_id, mxCOMPLEX);
     if (result == nullptr) {
         throw std::bad_alloc();
     }
@@ -109,6 +109,11 @@ mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
 }
 
 #endif
+
+mxArray* create_complex_single(const std::vector<std::int64_t>& dims)
+{
+    return create_complex(dims, mxSINGLE_CLASS);
+}
 
 const double* double_values(const mxArray* array)
 {

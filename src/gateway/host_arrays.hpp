@@ -48,6 +48,8 @@ private:
 // complexity when returned to the caller (in the interleaved build; in the
 // separate build the host turns an all-zero imaginary part into a real array).
 mxArray* create_complex_single(const std::vector<std::int64_t>& dims);
+// The same for single (mxSINGLE_CLASS) or double (mxDOUBLE_CLASS) values.
+mxArray* create_complex(const std::vector<std::int64_t>& dims, mxClassID class_id);
 
 // The values of a real double array.
 const double* double_values(const mxArray* array);

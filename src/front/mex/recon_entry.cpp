@@ -1,18 +1,18 @@
 // homodyne_recon_mex: the reconstruction core for Octave and MATLAB.
 //
-//   [IMAGE, INFO] = homodyne_recon_mex('reconstruct', KSPACE, OPTIONS)
+//   [IMAGE, INFO, PHASE, ZERO_FILLED, SENSITIVITIES] =
+//       homodyne_recon_mex('reconstruct', KSPACE, name, value, ...)
 //
-// KSPACE: single, real or complex, centred, (x, y, z, coils, volumes); every
-// coil image is reconstructed on its own. OPTIONS: a scalar struct whose
-// fields (any case) are the options of ReconOptions. The result is new; the
-// inputs are never written. Every failure becomes a host error with a
-// homodyne:... identifier, raised only after the call's C++ objects are gone.
+// KSPACE: single or double, real or complex, centred; the options are those
+// of homodyne_recon. The results are new; the inputs are never written. Every
+// failure becomes a host error with a homodyne:... identifier, raised only
+// after the call's C++ objects are gone.
 
 #include <string>
 
 #include "front/mex/error_barrier.hpp"
 #include "recon/recon_error.hpp"
-#include "front/mex/recon_arguments.hpp"
+#include "front/mex/recon_command.hpp"
 #include "mex.h"
 
 namespace {
