@@ -170,13 +170,11 @@ std::array<std::optional<double>, 3> fractions_of(const OptionValue& value)
     return fractions;
 }
 
-// Where the ranges come from: a second source is refused, naming both.
+// Where the ranges come from: 'Ranges' or 'PartialFourier', not both (either
+// wins over an acquisition's ranges).
 void one_range_source(const ReconSettings& settings, const char* option)
 {
-    const char* earlier = settings.ranges ? "Ranges"
-                          : settings.partial_fourier ? "PartialFourier"
-                          : settings.acquisition ? "Acquisition"
-                                                 : nullptr;
+    const char* earlier = settings.ranges ? "Ranges" : settings.partial_fourier ? "PartialFourier" : nullptr;
     if (earlier != nullptr && std::string(earlier) != option) {
         bad_option(std::string("give the sampled ranges once: ") + quoted(earlier) + " and " + quoted(option) +
                    " both given.");
@@ -254,11 +252,11 @@ const std::vector<Row>& rows()
              }
          }},
         {{"Acquisition", OptionKind::acquisition, "ACQ", "none",
-          "what a raw-file reader knows of the scan: its ranges are used, and\n"
-          "unless the call names 'Coils' or 'NoiseCovariance', its coils\n"
-          "(dimension 4) are combined and its noise readouts prewhiten them"},
+          "what a raw-file reader knows of the scan: its ranges are used unless\n"
+          "'Ranges' or 'PartialFourier' is given; unless the call names 'Coils',\n"
+          "its coils (dimension 4) are combined, and unless it names 'Coils' or\n"
+          "'NoiseCovariance', its noise readouts prewhiten them"},
          [](ReconSettings& s, const OptionValue& v) {
-             one_range_source(s, "Acquisition");
              s.acquisition.reset();
              if (v.kind == OptionValue::Kind::acquisition && v.acquisition) {
                  s.acquisition = v.acquisition;

@@ -80,20 +80,20 @@ void scatter_results(const ArrayLayout& result, const float* canonical, Index va
 ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input)
 {
     ReconCall call;
-    // An acquisition brings its coils (dimension 4) and its noise readouts,
-    // unless the call names coils or a noise reference itself.
-    const bool acquisition_rules = settings.acquisition && !settings.coils && !settings.noise_reference_given;
+    // An acquisition brings its coils (dimension 4) unless the call names the
+    // coils, and its noise readouts unless it names coils or a noise reference.
     std::optional<int> coils = settings.coils;
-    if (acquisition_rules && input.dims.size() > 3 && input.dims[3] > 1) {
+    if (settings.acquisition && !coils && input.dims.size() > 3 && input.dims[3] > 1) {
         coils = 4;
     }
+    const bool acquisition_noise = settings.acquisition && !settings.coils && !settings.noise_reference_given;
     call.layout = array_layout(input.dims, coils, settings.dims);
     call.shape = call.layout.shape;
     call.options = settings.options;
     if (!call.layout.coil_dim) {
         call.options.combination = CoilCombination::none;  // further dimensions are volumes
     }
-    call.noise = call_noise(settings, call.layout, acquisition_rules);
+    call.noise = call_noise(settings, call.layout, acquisition_noise);
 
     const std::vector<Index> strides = strides_of(input, call.layout);
     const int exponent = unit_exponent_of(input, call.layout, strides);

@@ -3,18 +3,17 @@
 #include <chrono>
 #include <cmath>
 #include <complex>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <sstream>
 
+#include "front/cli/command_input.hpp"
 #include "front/cli/pending_file.hpp"
-#include "front/cli/scan_reconstruction.hpp"
-#include "front/cli/unit_scale.hpp"
 #include "front/cli/wisdom_file.hpp"
 #include "io/image_writer.hpp"
 #include "io/png_montage.hpp"
-#include "recon/noise_whitening.hpp"
+#include "recon/recon_call.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {
@@ -36,7 +35,16 @@ void warn(const CommandOptions& options, const std::string& warning)
     }
 }
 
-void write_images(const std::string& path, const RawKspace& scan, const ScanImages& images)
+// The images of a call: result samples in the caller's order (interleaved
+// pairs for complex output), and the shape the writers read them in.
+struct Images {
+    ReconShape shape;  // x, y, z, channels (1 after coil combination), volumes
+    ReconOutput output = ReconOutput::real;
+    std::vector<Index> dims;
+    std::vector<float> values;
+};
+
+void write_ismrmrd_images(const std::string& path, const RawKspace& scan, const Images& images)
 {
     const auto* pairs = reinterpret_cast<const std::complex<float>*>(images.values.data());
     switch (images.output) {
@@ -52,7 +60,7 @@ void write_images(const std::string& path, const RawKspace& scan, const ScanImag
     }
 }
 
-void write_montage(const std::string& path, const ScanImages& images)
+void write_montage(const std::string& path, const Images& images)
 {
     if (images.output != ReconOutput::complex) {
         write_png_montage(path, images.values.data(), images.shape);
@@ -64,21 +72,6 @@ void write_montage(const std::string& path, const ScanImages& images)
         magnitudes[i] = std::abs(pairs[i]);
     }
     write_png_montage(path, magnitudes.data(), images.shape);
-}
-
-// The noise covariance of the file's noise readouts, in the units of the
-// k-space's noise (their variance differs by the dwell times and the
-// oversampling removed) after the k-space was divided by `data_scale`.
-void use_noise_readouts(const RawKspace& scan, float data_scale, ReconOptions& options)
-{
-    ReconShape noise_shape;
-    noise_shape.n = {scan.noise_samples, 1, 1};
-    noise_shape.coils = scan.shape.coils;
-    options.noise_covariance = noise_covariance_from_scan(scan.noise.data(), noise_shape, scan.shape.coils);
-    for (std::complex<float>& entry : options.noise_covariance) {
-        entry *= scan.noise_variance_scale / (data_scale * data_scale);
-    }
-    options.covariance_rows = options.covariance_columns = scan.shape.coils;
 }
 
 const char* combination_words(CoilCombination combination)
@@ -94,19 +87,20 @@ const char* combination_words(CoilCombination combination)
     return nullptr;
 }
 
-std::string summary(const CommandOptions& options, const ScanImages& images, double seconds)
+std::string summary(const CommandOptions& options, const Images& images, const ReconInfo& info, double seconds)
 {
     const ReconShape& s = images.shape;
+    const ReconReport& report = info.report;
     std::ostringstream line;
     line << "homodyne-recon: wrote " << options.output << ": " << s.volumes << (s.volumes == 1 ? " image" : " images")
          << " of " << s.n[0] << " x " << s.n[1] << " x " << s.n[2] << ", "
-         << (combination_words(images.combination) != nullptr
-                 ? combination_words(images.combination)
+         << (combination_words(report.combination) != nullptr
+                 ? combination_words(report.combination)
                  : std::to_string(s.coils) + (s.coils == 1 ? " channel" : " channels"))
-         << ", " << (options.recon.method == ReconMethod::pocs ? "POCS" : "one-pass homodyne");
-    if (images.noise_source == NoiseSource::covariance) {
+         << ", " << (info.method == ReconMethod::pocs ? "POCS" : "one-pass homodyne");
+    if (report.noise_source == NoiseSource::covariance || report.noise_source == NoiseSource::noise_scan) {
         line << ", prewhitened with the noise readouts";
-    } else if (images.noise_source == NoiseSource::estimated) {
+    } else if (report.noise_source == NoiseSource::estimated) {
         line << ", noise level estimated";
     }
     line << ", ";
@@ -122,46 +116,53 @@ void run_command(const CommandOptions& options)
     const auto started = std::chrono::steady_clock::now();
     refuse_overwriting_input(options);
 
-    RawReadOptions read;
-    read.remove_oversampling = !options.keep_oversampling;
-    RawKspace scan = read_raw_kspace(options.input, read);
-    for (const std::string& warning : scan.warnings) {
+    ReconSettings settings = options.settings;
+    const CommandInput input = read_command_input(options.input, !options.keep_oversampling, settings);
+    for (const std::string& warning : input.warnings) {
         warn(options, warning);
     }
     if (!options.wisdom.empty()) {
         warn(options, load_wisdom(options.wisdom));
     }
-
-    ReconOptions recon = options.recon;
-    recon.ranges = scan.ranges;
-    const float scale = unit_scale(scan.kspace);
-    scale_values(scan.kspace, 1.0f / scale);
-    if (options.prewhiten && !scan.noise.empty()) {
-        use_noise_readouts(scan, scale, recon);
+    const ReconPlan plan(prepare_call(settings, input.kspace));
+    const ReconCall& call = plan.call();
+    for (const ReconWarning& warning : call.warnings) {
+        warn(options, warning.message);
     }
-    const auto progress = [&](Index done, Index volumes) {
-        if (!options.quiet && volumes > 1) {
-            std::cerr << "homodyne-recon: volume " << done << " of " << volumes << "\n";
-        }
-    };
-    ScanImages images = reconstruct_scan(scan, recon, progress);
-    scale_values(images.values, scale);
 
-    PendingFile image_file(options.output);
-    image_file.write([&](const std::string& path) { write_images(path, scan, images); });
-    if (options.png.empty()) {
-        image_file.commit();
+    Images images;
+    images.output = call.options.output;
+    images.dims = call.result_dims;
+    images.shape = call.shape;
+    images.shape.coils = result_images(call.shape, call.options) / call.shape.volumes;
+    images.values.resize(static_cast<std::size_t>(images.shape.samples() * values_per_sample(images.output)));
+    ReconBuffers buffers;
+    buffers.image = images.values.data();
+    const ReconInfo info = execute(plan, input.kspace, buffers);
+    restore_scale(images.values.data(), static_cast<Index>(images.values.size()), info.scale_exponent, "the image");
+
+    // Everything is written under temporary names and renamed into place at
+    // the end; the .cfl writer renames its pair of files itself.
+    std::unique_ptr<PendingFile> montage;
+    if (!options.png.empty()) {
+        montage = std::make_unique<PendingFile>(options.png);
+        montage->write([&](const std::string& path) { write_montage(path, images); });
+    }
+    if (cfl_output(options.output, input)) {
+        write_cfl_images(options.output, images.dims, images.values.data(), images.output == ReconOutput::complex);
     } else {
-        PendingFile montage(options.png);
-        montage.write([&](const std::string& path) { write_montage(path, images); });
+        PendingFile image_file(options.output);
+        image_file.write([&](const std::string& path) { write_ismrmrd_images(path, *input.scan, images); });
         image_file.commit();
-        montage.commit();
+    }
+    if (montage) {
+        montage->commit();
     }
     if (!options.wisdom.empty()) {
         warn(options, save_wisdom(options.wisdom));
     }
     if (!options.quiet) {
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - started;
-        std::cerr << summary(options, images, seconds.count()) << "\n";
+        std::cerr << summary(options, images, info, seconds.count()) << "\n";
     }
 }

@@ -1,8 +1,8 @@
 #pragma once
-// What homodyne-recon does once its command line is parsed: read the raw
-// data, reconstruct every volume, write the images (and the montage) under
-// temporary names and rename them into place, telling progress on stderr
-// unless quiet.
+// What homodyne-recon does once its command line is parsed: read the k-space,
+// reconstruct every volume in one call of the core, write the images (and
+// the montage) under temporary names and rename them into place, with the
+// warnings and a summary on stderr unless quiet.
 
 #include "front/cli/command_options.hpp"
 
