@@ -1,5 +1,6 @@
 #include "recon/one_pass_homodyne.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -39,6 +40,37 @@ void centred_inverse(const VolumeTransform& transform, Complex* centred, Complex
             centred[c + i] = Complex(scratch[fft + i].real() / count_of_samples, scratch[fft + i].imag() / count_of_samples);
         }
     });
+}
+
+// A range that starts at k = 0 has no ramp: the module weights it 2 from k = 0
+// on. The homodyne weight of k = 0 is 1, as for every plane whose mirror was
+// acquired (w(k) + w(-k) = 2), else the image carries the DC term twice. The
+// module combines c weighted axes by the geometric mean, so that plane is
+// divided by 2^(1/c).
+void correct_centre_weight(const HomodynePlan& plan, Complex* weighted)
+{
+    int weighted_axes = 0;
+    for (const AxisFilter& axis : plan.axes) {
+        weighted_axes += axis.weighted ? 1 : 0;
+    }
+    const float excess = std::pow(2.0f, 1.0f / static_cast<float>(std::max(weighted_axes, 1)));
+    const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2];
+    for (int a = 0; a < 3; ++a) {
+        if (!plan.axes[a].weighted || plan.axes[a].first != plan.n[a] / 2) {
+            continue;
+        }
+        for (Index z = 0; z < nz; ++z) {
+            for (Index y = 0; y < ny; ++y) {
+                for (Index x = 0; x < nx; ++x) {
+                    const Index at[3] = {x, y, z};
+                    if (at[a] == plan.n[a] / 2) {
+                        Complex& v = weighted[(z * ny + y) * nx + x];
+                        v = Complex(v.real() / excess, v.imag() / excess);
+                    }
+                }
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -82,6 +114,7 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
     const VolumeShape shape{static_cast<int>(nx), static_cast<int>(ny), static_cast<int>(nz), 1};
     crop_block(interleaved(work.data()), shape, plan.axes[0], plan.axes[1], plan.axes[2], interleaved(low.data()));
     weight_in_place(interleaved(work.data()), shape, plan.axes[0], plan.axes[1], plan.axes[2]);
+    correct_centre_weight(plan, work.data());
     centred_inverse(full, work.data(), scratch.data());
     centred_inverse(block, low.data(), scratch.data());
 

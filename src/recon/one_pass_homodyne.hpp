@@ -1,12 +1,13 @@
 #pragma once
-// One-pass homodyne reconstruction on plain buffers, the same chain as the
-// toolbox's M-code over the module's cores: an axis missing its positive end
+// One-pass homodyne reconstruction on plain buffers, through the module's
+// cores: an axis missing its positive end
 // is mirrored (k -> -k) so that the missing part lies at the negative end;
 // the module's weights and crop give the weighted data and the unweighted
 // symmetric block; both are inverse transformed (centred); the block image's
 // phase is taken off by trilinear transfer; the real part, mirrored back, is
 // the image. Where the low-resolution image is exactly 0 no phase exists and
-// the image is 0.
+// the image is 0. A range that starts at k = 0 weights that plane 1, the
+// homodyne weight of every plane whose mirror was acquired.
 
 #include <array>
 

@@ -20,6 +20,8 @@ end
 
 % The phantom is nearly symmetric along x but not y, and its phase is linear
 % in x: an image or phase not mirrored back would be far off on one axis.
+% (The one-pass method itself is tested in the core; this is the wrapper's
+% layout, output order and detection reaching it.)
 function missing_part_at_either_end_even_and_odd(~)
   for n = [64 63]
     [image, full] = homodyne_phantom([n n]);
@@ -34,8 +36,8 @@ function missing_part_at_either_end_even_and_odd(~)
         [img, phase, zero_filled, info] = homodyne_recon(kspace, 'Method', 'homodyne');
         where = sprintf('n = %d, axis %d, missing at the positive end %d', n, dim, at_positive_end);
         phase_error = median(abs(angle(exp(1i * (phase(inside) - angle(image(inside)))))));
-        assert(isequal(info.mirrored, at_positive_end & (1:3) == dim) && phase_error < 0.1 && ...
-               nrmse(img, abs(image)) < 0.4 * nrmse(zero_filled, abs(image)), '%s: phase error %.3f', where, phase_error);
+        assert(phase_error < 0.1 && nrmse(img, abs(image)) < 0.4 * nrmse(zero_filled, abs(image)), ...
+               '%s: phase error %.3f', where, phase_error);
       end
     end
   end
@@ -48,7 +50,6 @@ function detected_and_known_ranges_agree(~)
   known = {[-8 19], [-18 7], [-5 4]};
   [detected_img, ~, ~, info] = homodyne_recon(kspace, 'Method', 'homodyne');
   assert(isequal(info.ranges, known), 'detected %s', mat2str(cell2mat(info.ranges)));
-  assert(isequal(info.mirrored, [false true false]) && isequal(info.weighted, [true true false]));
   assert(isequal(detected_img, homodyne_recon(kspace, 'Ranges', known, 'Method', 'homodyne')));
   % A fully sampled axis may be given as [] and missing trailing entries count as [].
   assert(isequal(detected_img, homodyne_recon(kspace, 'ranges', {[-8 19], [-18 7]}, 'method', 'homodyne')));

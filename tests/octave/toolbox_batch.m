@@ -20,13 +20,13 @@ function [calls, outcome_of] = toolbox_batch()
   top(8) = 0;
   near_m = @(img) max(abs(img(:) - m)) < 1e-5;
   calls = add(calls, 'homodyne_recon', {up}, 1, @(o) max(abs(o{1} - m)) < 1e-3);   % POCS
-  calls = add(calls, 'homodyne_recon', {up, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.weighted, [true false false]));
+  calls = add(calls, 'homodyne_recon', {up, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.ranges{1}, [0 3]));
   calls = add(calls, 'homodyne_recon', {down, 'Method', 'homodyne'}, 4, @(o) near_m(o{1}) && isequal(o{4}.ranges{1}, [-4 0]));
   calls = add(calls, 'homodyne_recon', {reshape(up, 1, 1, 8), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
   calls = add(calls, 'homodyne_recon', {single(reshape(down, 1, 1, 8)), 'Method', 'homodyne'}, 1, @(o) near_m(o{1}));
-  calls = add(calls, 'homodyne_recon', {top, 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]) ...
+  calls = add(calls, 'homodyne_recon', {top, 'Method', 'homodyne', 'NoiseAdaptive', false}, 4, @(o) isequal(o{4}.ranges{1}, [-4 2]) ...
               && max(abs(o{1} - abs(centred_idft(top)))) < 1e-6);
-  calls = add(calls, 'homodyne_recon', {top.', 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.weighted, [false false false]));
+  calls = add(calls, 'homodyne_recon', {top.', 'Method', 'homodyne'}, 4, @(o) isequal(o{4}.ranges{2}, [-4 2]));
 
   % Partial-Fourier phantom, unit scale; the same data at any scale and in any
   % storage give the same image (to single rounding).
