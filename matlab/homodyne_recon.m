@@ -29,10 +29,11 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %       planes (a fractional line counts as acquired): 5/8 of 128 is
 %       [-16 63], -5/8 of 100 is [-50 12].
 %     'Acquisition', ACQ, or ACQ as the second argument: the struct of
-%       READ_ISMRMRD_KSPACE; its ranges are used, and unless the call names
-%       'Coils' or 'NoiseCovariance', its coils (dimension 4, when more than
-%       one) are combined as with 'Coils', 4 and its noise scan, scaled by
-%       ACQ.noise_variance_scale, prewhitens them as 'NoiseCovariance'.
+%       READ_ISMRMRD_KSPACE; its ranges are used unless 'Ranges' or
+%       'PartialFourier' is given; unless the call names 'Coils', its coils
+%       (dimension 4, when more than one) are combined as with 'Coils', 4;
+%       unless it names 'Coils' or 'NoiseCovariance' (even as []), its
+%       noise scan, scaled by ACQ.noise_variance_scale, prewhitens them.
 %     detection, when none of these is given. Per axis, first the planes
 %       holding any non-zero sample in any volume (non-zero planes with gaps
 %       between them are refused); where no plane is all zero, the plane
@@ -59,7 +60,7 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %   -n/2 of an even axis may be zero), or for an axis given as [], at one
 %   end only (two planes or more beyond those at the other end). Planes outside the ranges that hold
 %   only noise or filler are set to zero before reconstruction.
-%   Only one of 'Ranges', 'PartialFourier' and 'Acquisition' may be given.
+%   Only one of 'Ranges' and 'PartialFourier' may be given.
 %   A range must be ordered and lie within its axis. An axis on which
 %   at most one sampled plane lacks its mirror (k -> -k; the plane -n/2 of an
 %   even axis has none) counts as fully sampled and is left whole and not
@@ -67,7 +68,7 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %   contain k = 0 and, for one-pass homodyne, cover at least 55 % of its
 %   symmetric extent. The missing part may lie at either end, on one, two
 %   or three axes, and a range may start or end at k = 0 (one-pass: then
-%   k = 0 is weighted 1 and the phase comes from k = 0 alone).
+%   k = 0 gets the homodyne weight 1 and the phase comes from k = 0 alone).
 %
 %   Coils or slices along dimension 3. The first three dimensions are taken
 %   as kx, ky, kz. 2-D images of coils or slices stored as nx x ny x nc would
@@ -92,8 +93,8 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                   kz 3/4, and it keeps the image phase. One-pass homodyne
 %                   assumes a locally constant phase; wherever the phase has
 %                   a gradient, detail leaks out of the real part.
-%                   'homodyne' with 'Output' 'real' is the one-pass result
-%                   of earlier releases, bit for bit.
+%                   'homodyne' with 'NoiseAdaptive' false is the plain
+%                   one-pass result.
 %     'Output'      'real' (default): the image along its estimated phase,
 %                   Re(x e^{-i phi}), which may dip below 0 where the phase
 %                   estimate is off; 'magnitude': |x|; 'complex': the image
@@ -197,9 +198,8 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                   anatomy at SNR 20 and 50; images of fewer than 1024
 %                   samples are not weighted). On noiseless data the
 %                   estimate is near 0 and the result moves by under 1 %.
-%                   One-pass 'homodyne' with 'Output' 'real' and neither
-%                   coils nor a covariance defaults to false and then is the
-%                   result of earlier releases, bit for bit.
+%                   The default is the same for every method, output and
+%                   front end (the command line and Python too).
 %     'Dims'        2 or 3 (default; 2 with 'Coils', 3): the number of
 %                   spatial dimensions. With 2, dimension 3 onward are coils
 %                   or volumes, never a transformed axis.
@@ -209,12 +209,10 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                  low-resolution image is exactly 0 no phase exists: the
 %                  one-pass image is 0 there, and POCS takes phase 0 there
 %                  (it keeps the real part). No output holds NaN or Inf.
-%     PHASE        one-pass 'real': the low-resolution phase that was taken
-%                  off, in radians, NaN where the low-resolution image is
-%                  exactly 0; otherwise the phase estimate the method used
-%                  (POCS: from the windowed centre; one-pass: the
-%                  low-resolution phase), 0 where none exists. Computed only
-%                  when asked for.
+%     PHASE        the phase estimate the method used, in radians (POCS:
+%                  from the windowed centre; one-pass: the low-resolution
+%                  phase), 0 where none exists. Computed only when asked
+%                  for.
 %     ZERO_FILLED  the magnitude of the inverse DFT of KSPACE with the
 %                  planes outside the ranges zero (KSPACE as it is when
 %                  they hold only zeros), the root sum of squares over the
@@ -225,10 +223,9 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                  or 'full' (detected) or 'given'; range; ratio, the energy
 %                  of the planes outside the range relative to their mirror
 %                  planes, for 'full' the lowest such ratio of a plane near
-%                  an end, NaN where not judged; one_sided) and seconds. One-pass 'real':
-%                  mirrored and weighted (1x3 logical per axis), seconds of
-%                  the steps (ranges, filter, fft, multiply, extra_outputs).
-%                  Otherwise from the core, one entry per coil image:
+%                  an end, NaN where not judged; one_sided), warnings (struct
+%                  array: identifier, message; also raised as warnings), and
+%                  per coil image:
 %                  method, constraint (the form kept), iterations (run),
 %                  change (the last relative change), residual (relative
 %                  data residual of the last projection), echo_offset (3 x
@@ -247,9 +244,11 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                  used (complex, KSPACE's size, unit length per voxel),
 %                  else []; computed only when asked for.
 %
-%   Both MEX layouts give the same results. The one-pass 'real' path runs
-%   the module's commands (HOMODYNE_MEX); everything else runs in the C++
-%   core HOMODYNE_RECON_MEX, which never writes into its inputs. POCS runs
+%   Both MEX layouts give the same results. Everything runs in the C++ core
+%   (HOMODYNE_RECON_MEX, which never writes into its inputs), the same core
+%   as the command line homodyne-recon and Python's homodyne.recon, which
+%   take the same options with the same defaults and give the same image
+%   (bit for bit for one-pass homodyne). POCS runs
 %   its iterations with FFTs along the partial axes only, planned by timing
 %   (FFTW_MEASURE): the first call for a new image size and set of partial
 %   axes in a session spends about 1-14 s planning (256 x 256 x 64 here);

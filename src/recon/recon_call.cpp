@@ -110,7 +110,7 @@ ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input)
         labels = labels_of("'PartialFourier'");
     } else if (settings.acquisition) {
         call.options.ranges = settings.acquisition->ranges;
-        labels = labels_of("'Acquisition'");
+        labels = labels_of("the acquisition's");
     } else {
         call.detection = detect_ranges(call.shape, kspace, energies);
         for (int axis = 0; axis < 3; ++axis) {
