@@ -52,21 +52,20 @@ function demo_homodyne(png_file)
   cases(2).kspace(:, end - missing_y + 1:end, :) = 0;
   cases(2).kspace(:, :, 1:missing_z) = 0;
 
-  fprintf('%-24s %12s %12s %12s | %s | %s\n', '', 'NRMSE', 'NRMSE', 'NRMSE', 'one-pass steps, ms', 'POCS');
-  fprintf('%-24s %12s %12s %12s | %7s %7s %7s %8s %7s | %6s %7s\n', 'case', 'zero filled', 'one-pass', 'POCS', ...
-          'ranges', 'filter', 'FFTs', 'multiply', 'total', 'iters', 'ms');
+  fprintf('%-24s %12s %12s %12s | %9s | %s\n', '', 'NRMSE', 'NRMSE', 'NRMSE', 'one-pass', 'POCS');
+  fprintf('%-24s %12s %12s %12s | %9s | %6s %7s\n', 'case', 'zero filled', 'one-pass', 'POCS', 'ms', 'iters', 'ms');
   rows = cell(1, numel(cases));
   centre = floor(sizes(3) / 2) + 1;
   for c = 1:numel(cases)
-    [img, ~, zero_filled, info] = homodyne_recon(cases(c).kspace, 'Method', 'homodyne');
-    t = info.seconds;
-    steps = 1000 * [t.ranges, t.filter, t.fft, t.multiply];
+    step = tic;
+    [img, ~, zero_filled] = homodyne_recon(cases(c).kspace, 'Method', 'homodyne');
+    one_pass_ms = 1000 * toc(step);
     step = tic;
     [pocs, ~, ~, pocs_info] = homodyne_recon(cases(c).kspace);
     pocs_ms = 1000 * toc(step);
     errors = [nrmse(zero_filled, reference), nrmse(img, reference), nrmse(pocs, reference)];
-    fprintf('%-24s %12.4f %12.4f %12.4f | %7.0f %7.0f %7.0f %8.0f %7.0f | %6d %7.0f\n', cases(c).name, errors, ...
-            steps, sum(steps), pocs_info.iterations, pocs_ms);
+    fprintf('%-24s %12.4f %12.4f %12.4f | %9.0f | %6d %7.0f\n', cases(c).name, errors, one_pass_ms, ...
+            pocs_info.iterations, pocs_ms);
     slices = {reference(:, :, centre), zero_filled(:, :, centre), img(:, :, centre), pocs(:, :, centre)};
     rows{c} = montage_row(cases(c).name, slices, errors, {'zero filled', 'one-pass', 'POCS'});
   end
