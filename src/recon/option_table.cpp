@@ -99,6 +99,22 @@ int whole_number_of(const OptionValue& value, const char* option, int lowest, in
     return static_cast<int>(x);
 }
 
+// A numeric option of ReconOptions: a whole number (or any number) stored,
+// its domain checked by the core's one check of values.
+template <typename T>
+void set_numeric(ReconSettings& settings, T ReconOptions::*field, const OptionValue& value, const char* option,
+                 bool whole)
+{
+    const double x = number_of(value, option, whole ? "a whole number" : "a number");
+    if (whole && x != std::floor(x)) {
+        bad_option(quoted(option) + " must be a whole number.");
+    }
+    ReconOptions checked = settings.options;
+    checked.*field = static_cast<T>(std::fmax(-1e9, std::fmin(1e9, x)));
+    validate_values(checked);
+    settings.options = checked;
+}
+
 bool flag_of(const OptionValue& value, const char* option)
 {
     const double x = number_of(value, option, "true or false");
@@ -271,7 +287,9 @@ const std::vector<Row>& rows()
          [](ReconSettings& s, const OptionValue& v) {
              s.coils.reset();
              if (v.kind != OptionValue::Kind::empty) {
-                 s.coils = whole_number_of(v, "Coils", 1, 64, "the dimension that holds the receive coils, a whole number from 3 to the number of dimensions");
+                 s.coils = whole_number_of(v, "Coils", 1, 64,
+                                           "the dimension that holds the receive coils, a whole number from 3 "
+                                           "to the number of dimensions");
              }
          }},
         {{"Dims", OptionKind::whole_number, "2|3", "3 (2 with 'Coils', 3)",
@@ -305,26 +323,15 @@ const std::vector<Row>& rows()
         {{"Iterations", OptionKind::whole_number, "N", "20",
           "POCS: at most N iterations, 1 to 10000 (the error still fell between\n"
           "10 and 20 on the phantoms and was flat or rising beyond 40)"},
-         [](ReconSettings& s, const OptionValue& v) {
-             s.options.iterations = whole_number_of(v, "Iterations", 1, 10000, "a whole number from 1 to 10000");
-         }},
+         [](ReconSettings& s, const OptionValue& v) { set_numeric(s, &ReconOptions::iterations, v, "Iterations", true); }},
         {{"Tolerance", OptionKind::number, "T", "2e-4",
           "POCS: stop once the relative change of an iteration falls below T,\n"
           "0 <= T < 1; 0 runs every iteration"},
-         [](ReconSettings& s, const OptionValue& v) {
-             const double t = number_of(v, "Tolerance", "at least 0 and below 1");
-             if (t < 0 || t >= 1) {
-                 bad_option("'Tolerance' must be at least 0 and below 1.");
-             }
-             s.options.tolerance = t;
-         }},
+         [](ReconSettings& s, const OptionValue& v) { set_numeric(s, &ReconOptions::tolerance, v, "Tolerance", false); }},
         {{"Threads", OptionKind::whole_number, "N", "0",
           "coil images reconstructed at once, 0 to 1024 (0: one per core); the\n"
           "result does not depend on it"},
-         [](ReconSettings& s, const OptionValue& v) {
-             s.options.threads =
-                 whole_number_of(v, "Threads", 0, 1024, "a whole number from 0 (one per core) to 1024");
-         }},
+         [](ReconSettings& s, const OptionValue& v) { set_numeric(s, &ReconOptions::threads, v, "Threads", true); }},
         {{"Constraint", OptionKind::choice, "auto|real|magnitude", "auto",
           "POCS image constraint: real keeps Re(x e^{-i phi}) e^{i phi} (images\n"
           "that ring across zero), magnitude keeps |x| e^{i phi}; auto: with one\n"
@@ -341,8 +348,7 @@ const std::vector<Row>& rows()
           "POCS: measured samples within N of the block's edge blended with the\n"
           "estimate (rising as sin^2), 0 to 64"},
          [](ReconSettings& s, const OptionValue& v) {
-             s.options.transition_band =
-                 whole_number_of(v, "TransitionBand", 0, 64, "a whole number of samples from 0 to 64");
+             set_numeric(s, &ReconOptions::transition_band, v, "TransitionBand", true);
          }},
     };
     return table;

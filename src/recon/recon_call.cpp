@@ -67,7 +67,9 @@ void scatter_results(const ArrayLayout& result, const float* canonical, Index va
                 for (Index y = 0; y < s.n[1]; ++y) {
                     for (Index x = 0; x < s.n[0]; ++x, from += values) {
                         const Index to = result.offset(strides, x, y, z, c, v) * values;
-                        std::copy(canonical + from, canonical + from + values, out + to);
+                        for (Index i = 0; i < values; ++i) {
+                            out[to + i] = canonical[from + i];
+                        }
                     }
                 }
             }

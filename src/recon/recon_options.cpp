@@ -13,32 +13,8 @@ namespace {
 
 [[noreturn]] void bad_option(const std::string& message) { throw ReconError("homodyne:badOption", message); }
 
-std::string lower(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-    return text;
-}
 
-// Finds `text` among `names` (case-insensitive) and returns its position.
-template <std::size_t N>
-int choice_of(const std::string& option, const std::string& text, const char* const (&names)[N])
-{
-    for (std::size_t i = 0; i < N; ++i) {
-        if (lower(text) == names[i]) {
-            return static_cast<int>(i);
-        }
-    }
-    std::string list;
-    for (std::size_t i = 0; i < N; ++i) {
-        list += (i == 0 ? "'" : i + 1 == N ? " or '" : ", '") + std::string(names[i]) + "'";
-    }
-    bad_option("'" + option + "' must be " + list + ".");
-}
-
-const char* const method_names[] = {"homodyne", "pocs"};
-const char* const output_names[] = {"real", "magnitude", "complex"};
 const char* const constraint_names[] = {"auto", "real", "magnitude"};
-const char* const window_names[] = {"hann", "tukey", "box"};
 const char* const combination_names[] = {"adaptive", "rss", "none"};
 
 std::string range_text(const KRange& range)
@@ -84,24 +60,10 @@ void validate_range(const std::string& label, const KRange& range, Index n, Reco
 
 }  // namespace
 
-ReconMethod method_named(const std::string& text) { return ReconMethod(choice_of("Method", text, method_names)); }
-ReconOutput output_named(const std::string& text) { return ReconOutput(choice_of("Output", text, output_names)); }
-PhaseConstraint constraint_named(const std::string& text)
-{
-    return PhaseConstraint(choice_of("Constraint", text, constraint_names));
-}
-CalibrationWindow window_named(const std::string& text)
-{
-    return CalibrationWindow(choice_of("Window", text, window_names));
-}
-CoilCombination combination_named(const std::string& text)
-{
-    return CoilCombination(choice_of("CoilCombine", text, combination_names));
-}
 const char* name_of(CoilCombination combination) { return combination_names[static_cast<int>(combination)]; }
 const char* name_of(PhaseConstraint constraint) { return constraint_names[static_cast<int>(constraint)]; }
 
-void validate_options(const ReconOptions& options, const ReconShape& shape, const RangeLabels& labels)
+void validate_values(const ReconOptions& options)
 {
     if (options.iterations < 1 || options.iterations > 10000) {
         bad_option("'Iterations' must be a whole number from 1 to 10000.");
@@ -115,6 +77,11 @@ void validate_options(const ReconOptions& options, const ReconShape& shape, cons
     if (options.transition_band < 0 || options.transition_band > 64) {
         bad_option("'TransitionBand' must be a whole number of samples from 0 to 64.");
     }
+}
+
+void validate_options(const ReconOptions& options, const ReconShape& shape, const RangeLabels& labels)
+{
+    validate_values(options);
     for (int axis = 0; axis < 3; ++axis) {
         if (options.ranges[axis]) {
             validate_range(labels[axis], *options.ranges[axis], shape.n[axis], options.method);

@@ -51,18 +51,15 @@ struct ReconOptions {
 // out of their domain, homodyne:badRange for ranges that do not fit `shape`,
 // homodyne:sampling for too little of the symmetric centre, homodyne:badInput
 // for a noise covariance or noise scan that does not fit the coils.
+// The numeric options' domains alone (homodyne:badOption naming the option):
+// checked where an option is set, and again by validate_options.
+void validate_values(const ReconOptions& options);
+
 // `labels` name the ranges in messages ("'Ranges' y range").
 using RangeLabels = std::array<std::string, 3>;
 void validate_options(const ReconOptions& options, const ReconShape& shape,
                       const RangeLabels& labels = {"the x range", "the y range", "the z range"});
 
-// Text values of the options as users spell them (case-insensitive); they
-// throw homodyne:badOption naming the option and its choices.
-ReconMethod method_named(const std::string& text);
-ReconOutput output_named(const std::string& text);
-PhaseConstraint constraint_named(const std::string& text);
-CalibrationWindow window_named(const std::string& text);
-CoilCombination combination_named(const std::string& text);
 const char* name_of(CoilCombination combination);
 const char* name_of(PhaseConstraint constraint);
 

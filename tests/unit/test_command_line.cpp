@@ -189,7 +189,7 @@ TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
         {"--colour red " + good + outputs, "--colour: unknown option", 2},
         {good + outputs + " --iterations", "--iterations: needs a value", 2},
         {"--iterations 0 " + good + outputs, "--iterations must be a whole number from 1 to 10000", 2},
-        {"--threads 1.5 " + good + outputs, "--threads must be a whole number from 0", 2},
+        {"--threads 1.5 " + good + outputs, "--threads must be a whole number.", 2},
         {"--partial-fourier y=0.3 " + good + outputs, "--partial-fourier y entry must be [] or a fraction", 2},
         {good, "expects INPUT OUTPUT", 2},
     };
