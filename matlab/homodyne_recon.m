@@ -290,8 +290,8 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
     if ~isempty(varargin) && isstruct(varargin{1})
       varargin = [{'Acquisition'}, varargin];   % homodyne_recon(KSPACE, ACQ, ...)
     end
-    if issparse(kspace)
-      kspace = full(kspace);
+    if isnumeric(kspace)
+      kspace = full(kspace);   % sparse, diagonal and range matrices: the module reads full storage only
     end
     % The module returns IMAGE, INFO, PHASE, ZERO_FILLED, SENSITIVITIES and
     % computes only those asked for; INFO always, for its warnings.

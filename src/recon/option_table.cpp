@@ -126,8 +126,15 @@ bool flag_of(const OptionValue& value, const char* option)
 
 const char axis_names[] = "xyz";
 
+// As Octave prints a number: NaN, Inf, -Inf.
 std::string number_text(double x)
 {
+    if (std::isnan(x)) {
+        return "NaN";
+    }
+    if (std::isinf(x)) {
+        return x > 0 ? "Inf" : "-Inf";
+    }
     char text[32];
     std::snprintf(text, sizeof text, "%g", x);
     return text;

@@ -90,10 +90,10 @@ function refusals_leave_no_result(~)
   dead = k;
   dead(:, :, 2) = 0;
   table = {
-    'homodyne:badOption', '''Coils'' must be a whole number from 3 to ndims(KSPACE) = 3', {'Coils', 2.5}
-    'homodyne:badOption', '''Coils'' must be a whole number from 3 to ndims(KSPACE) = 3', {'Coils', 4}
+    'homodyne:badOption', '''Coils'' must be the dimension that holds the receive coils', {'Coils', 2.5}
+    'homodyne:badOption', '''Coils'' must be a whole number from 3 to the number of dimensions of KSPACE, 3', {'Coils', 4}
     'homodyne:badOption', '''Coils'', 3 lies among the 3 spatial dimensions', {'Coils', 3, 'Dims', 3}
-    'homodyne:badOption', '''CoilCombine'' must be ''adaptive'' or ''rss''', {'Coils', 3, 'CoilCombine', 'sum'}
+    'homodyne:badOption', '''CoilCombine'' must be ''adaptive'', ''rss'' or ''none''', {'Coils', 3, 'CoilCombine', 'sum'}
     'homodyne:badOption', '''NoiseAdaptive'' must be true or false', {'NoiseAdaptive', 2}
     'homodyne:badInput', 'NoiseCovariance must be 3-by-3', {'Coils', 3, 'NoiseCovariance', eye(2)}
     'homodyne:badInput', 'must be Hermitian', {'Coils', 3, 'NoiseCovariance', [1 1i 0; 1i 1 0; 0 0 1]}

@@ -81,10 +81,10 @@ function [calls, outcome_of] = toolbox_batch()
   ranges = {'homodyne:badRange', '[7 -4]', [7 -4]; 'homodyne:badRange', '[-4.5 7]', [-4.5 7]
             'homodyne:badRange', 'outside the axis', [-9 7]; 'homodyne:badRange', '[NaN 7]', [NaN 7]
             'homodyne:badRange', '[-Inf 7]', [-Inf 7]; 'homodyne:badRange', '[-4 Inf]', [-4 Inf]
-            'homodyne:badRange', 'not a double 1x1', -4; 'homodyne:badRange', '[-1e+300 3]', [-1e300 3]
+            'homodyne:badRange', '[first last] in k coordinates, not', -4; 'homodyne:badRange', '[-1e+300 3]', [-1e300 3]
             'homodyne:badRange', 'not a complex double', [-4 7] + 1i; 'homodyne:badRange', 'not a char', 'ab'
-            'homodyne:badRange', 'not a cell', {1}; 'homodyne:badRange', 'not a double 1x3', [-4 7 8]
-            'homodyne:badRange', 'not a double 2x2', ones(2); 'homodyne:sampling', 'does not contain k = 0', [1 5]
+            'homodyne:badRange', 'not a cell', {1}; 'homodyne:badRange', '[first last] in k coordinates, not', [-4 7 8]
+            'homodyne:badRange', '[first last] in k coordinates, not', ones(2); 'homodyne:sampling', 'does not contain k = 0', [1 5]
             'homodyne:sampling', 'covers 53 %', [0 7]; '', '', int16([-4 7]); '', '', sparse([-4 7])};
   for r = 1:size(ranges, 1)
     expect = ranges(r, 1:2);

@@ -71,7 +71,23 @@ std::string class_text(const mxArray* value)
 
 bool real_numbers(const mxArray* value)
 {
-    return (mxIsNumeric(value) || mxIsLogical(value)) && !mxIsComplex(value) && !mxIsSparse(value);
+    return (mxIsNumeric(value) || mxIsLogical(value)) && !mxIsComplex(value);
+}
+
+// The values of a sparse real double array, zeros included, column-major.
+std::vector<double> sparse_values_of(const mxArray* array)
+{
+    const std::size_t rows = mxGetM(array), columns = mxGetN(array);
+    std::vector<double> values(rows * columns, 0.0);
+    const double* nonzeros = static_cast<const double*>(mxGetData(array));
+    const mwIndex* row = mxGetIr(array);
+    const mwIndex* start = mxGetJc(array);
+    for (std::size_t c = 0; c < columns; ++c) {
+        for (mwIndex i = start[c]; i < start[c + 1]; ++i) {
+            values[c * rows + row[i]] = nonzeros[i];
+        }
+    }
+    return values;
 }
 
 // A cell entry of 'Ranges' or 'PartialFourier': [] or real numbers.
@@ -86,7 +102,7 @@ std::optional<std::vector<double>> entry_of(const mxArray* entry, const char* op
                              (std::string(option) == "Ranges" ? " range" : " entry") +
                              " must be [] or numbers, not a " + class_text(entry) + ".");
     }
-    return reals_of(entry);
+    return mxIsSparse(entry) ? sparse_values_of(entry) : reals_of(entry);
 }
 
 std::shared_ptr<const Acquisition> acquisition_of(const mxArray* acq)
@@ -145,7 +161,7 @@ OptionValue option_value_of(const mxArray* value, const char* option)
         result.kind = OptionValue::Kind::empty;
     } else if (mxIsLogical(value) && mxGetNumberOfElements(value) == 1) {
         result = OptionValue::of_boolean(mxIsLogicalScalarTrue(value));
-    } else if (real_numbers(value) && mxGetNumberOfElements(value) == 1) {
+    } else if (real_numbers(value) && !mxIsSparse(value) && mxGetNumberOfElements(value) == 1) {
         result = OptionValue::of_number(mxGetScalar(value));
     } else if ((mxIsDouble(value) || mxIsSingle(value)) && !mxIsSparse(value)) {
         result.kind = OptionValue::Kind::array;

@@ -1,5 +1,6 @@
 #include "front/mex/recon_command.hpp"
 
+#include <cfloat>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -65,6 +66,22 @@ KspaceInput input_of(const mxArray* kspace)
     return input;
 }
 
+// Double results of non-zero values wholly below double's normal range have
+// lost their digits.
+void refuse_lost_digits(const float* unit, const double* values, Index count, Index step, const std::string& name)
+{
+    double largest = 0.0;
+    bool nonzero = false;
+    for (Index i = 0; i < count; ++i) {
+        largest = std::max(largest, std::fabs(values[i]));
+        nonzero = nonzero || unit[i * step] != 0.0f;
+    }
+    if (nonzero && largest < DBL_MIN) {
+        throw ReconError("homodyne:scale", name + " does not fit double precision at the scale of the data; "
+                                                  "scale the data.");
+    }
+}
+
 // A result of the caller's class and size, which the core fills through a
 // single-precision buffer at unit scale: the array's own storage where it has
 // that form, else a temporary, copied over by finish().
@@ -110,6 +127,7 @@ public:
             for (Index i = 0; i < count_; ++i) {
                 out[i] = std::ldexp(static_cast<double>(scratch_[i]), exponent);
             }
+            refuse_lost_digits(scratch_.data(), out, count_, 1, name);
             (void)n;
 #else
             const int stride = complex_ ? 2 : 1;
@@ -122,6 +140,9 @@ public:
                     } else {
                         static_cast<float*>(plane)[i] = v;
                     }
+                }
+                if (double_) {
+                    refuse_lost_digits(scratch_.data() + part, static_cast<double*>(plane), n, stride, name);
                 }
             }
 #endif
