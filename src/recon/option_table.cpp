@@ -449,10 +449,8 @@ void set_option(ReconSettings& settings, const std::string& name, const OptionVa
             }
         }
         std::string message = "unknown option " + quoted(name.c_str());
-        if (best <= std::max<std::size_t>(2, folded(name).size() / 3)) {
-            message += "; did you mean " + quoted(closest->row.name) + "?";
-        }
-        message += " The options are";
+        const bool close = best <= std::max<std::size_t>(2, folded(name).size() / 3);
+        message += close ? "; did you mean " + quoted(closest->row.name) + "? The options are" : "; the options are";
         for (const Row& r : rows()) {
             message += std::string(&r == &rows().front() ? " " : ", ") + r.row.name;
         }

@@ -16,9 +16,11 @@
 
 // Per axis, the energy of every plane across it (sum of |k|^2, computed in
 // double), relative to the largest magnitude of any sample so that data of
-// any scale give the same profile.
+// any scale give the same profile; and whether the plane holds any non-zero
+// sample. One pass over the data.
 struct PlaneEnergies {
     std::array<std::vector<double>, 3> axis;
+    std::array<std::vector<char>, 3> held;
 };
 PlaneEnergies plane_energies(const ReconShape& shape, const Complex* kspace);
 
@@ -44,13 +46,14 @@ using RangeDetection = std::array<AxisDetection, 3>;
 // samples, unacquired lines holding noise or filler are found by their energy
 // against their mirror planes. `ranges` of the result: the whole axis where
 // it is fully sampled.
-RangeDetection detect_ranges(const ReconShape& shape, const Complex* kspace, const PlaneEnergies& energies);
+RangeDetection detect_ranges(const ReconShape& shape, const PlaneEnergies& energies);
 
 // Given ranges checked against the data; `labels[a]` names the range of axis
 // a in messages ("'Ranges' y range"). Throws homodyne:badRange for planes
 // outside a range that carry data (at least 0.6 of their mirrors' energy),
 // all-zero planes at an end of a range, and for an axis given as nullopt,
-// all-zero planes at one end only. Method `given`, ratio as above.
+// all-zero planes at one end only; all-zero k-space contradicts no range (its
+// image is zero). Method `given`, ratio as above.
 RangeDetection check_given_ranges(const SampledRanges& ranges, const std::array<std::string, 3>& labels,
                                   const ReconShape& shape, const PlaneEnergies& energies);
 

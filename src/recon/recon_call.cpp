@@ -114,7 +114,7 @@ ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input)
         call.options.ranges = settings.acquisition->ranges;
         labels = labels_of("the acquisition's");
     } else {
-        call.detection = detect_ranges(call.shape, kspace, energies);
+        call.detection = detect_ranges(call.shape, energies);
         for (int axis = 0; axis < 3; ++axis) {
             call.options.ranges[axis] = call.detection[axis].range;
         }

@@ -32,7 +32,9 @@ struct ProgramRun {
 
 ProgramRun homodyne_recon(const std::string& arguments)
 {
-    const std::string errors = data_file("stderr.txt");
+    // One file per test: CTest runs the tests of this file side by side.
+    const std::string errors = data_file(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                                         ".stderr");
     const int code = std::system(("\"" HOMODYNE_RECON_PROGRAM "\" " + arguments + " 2> \"" + errors + "\"").c_str());
     std::ifstream in(errors);
     std::stringstream text;
