@@ -32,8 +32,9 @@ ReconSettings settings_of(int count, const mxArray** args)
     ReconSettings settings;
     for (int k = 0; k < count; k += 2) {
         if (!mxIsChar(args[k]) || mxGetM(args[k]) > 1) {
-            throw ReconError("homodyne:usage", "argument " + std::to_string(k + 3) +
-                                                   " must be an option name; the options are " + option_names() + ".");
+            throw ReconError("homodyne:usage", std::string("option names must be text, but name/value pair ") +
+                                                   std::to_string(k / 2 + 1) + " starts with a " +
+                                                   mxGetClassName(args[k]) + "; the options are " + option_names() + ".");
         }
         char* name = mxArrayToString(args[k]);
         const std::string option = name != nullptr ? name : "";
