@@ -178,6 +178,10 @@ TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
     H5Fclose(H5Fcreate(empty.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT));
     std::filesystem::copy_file(good, truncated, std::filesystem::copy_options::overwrite_existing);
     std::filesystem::resize_file(truncated, std::filesystem::file_size(good) / 2);
+    const std::string lying = data_file("lying"), no_header = data_file("no_header");
+    std::ofstream(lying + ".hdr") << "# Dimensions\n16 16\n";
+    std::ofstream(lying + ".cfl", std::ios::binary) << std::string(1000, '\0');
+    std::ofstream(no_header + ".cfl", std::ios::binary) << std::string(8, '\0');
     const std::string outputs = " " + out + " --png " + png;
     const struct {
         std::string arguments, message;
@@ -187,6 +191,8 @@ TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
         {text + outputs, text + ": not an HDF5 file", 1},
         {empty + outputs, empty + ": no ISMRMRD dataset", 1},
         {truncated + outputs, truncated + ": ", 1},
+        {no_header + ".cfl" + outputs, no_header + ".hdr: no such file", 1},
+        {lying + ".cfl" + outputs, lying + ".cfl: holds 1000 bytes, but", 1},
         {"--method homodyne " + narrow + outputs, narrow + ": the acquisition's y range [-8 0] covers 53 %", 1},
         {"--colour red " + good + outputs, "--colour: unknown option", 2},
         {good + outputs + " --iterations", "--iterations: needs a value", 2},
