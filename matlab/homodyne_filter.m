@@ -2,9 +2,9 @@ function [block, weighted] = homodyne_filter(kspace, kx, ky, kz, varargin)
 %HOMODYNE_FILTER  Homodyne weighting and central block, leaving the input untouched.
 %
 %   [BLOCK, WEIGHTED] = HOMODYNE_FILTER(KSPACE, KX, KY, KZ)
-%     The weighting step of HOMODYNE_RECON: the 'filter' command of
-%     HOMODYNE_MEX on a copy of KSPACE, so that the caller's array (and every
-%     variable sharing it) is never changed.
+%     The weighting step of one-pass HOMODYNE_RECON, by the same core (the
+%     'filter' command of HOMODYNE_MEX's weights and crop on a copy of
+%     KSPACE), so that the caller's array is never changed.
 %
 %     KSPACE  single or double k-space, real or complex, finite, centred:
 %             k = 0 at index floor(n/2)+1 of each of the first three
@@ -31,10 +31,6 @@ function [block, weighted] = homodyne_filter(kspace, kx, ky, kz, varargin)
 %     data give the same results as at unit scale; a single result beyond
 %     single precision's range raises homodyne:scale.
 %
-%   Either build of the module gives the same results. The separate-planes
-%   build cannot write complex arrays in place, so there the real and
-%   imaginary parts are weighted as two real arrays (the weights are real);
-%   which build is loaded is found by a tiny probe call on every use.
 %   Errors carry an identifier homodyne:* (see HOMODYNE_RECON).
 %
 %   Example:
@@ -58,13 +54,13 @@ function [block, weighted] = homodyne_filter(kspace, kx, ky, kz, varargin)
   end
   try
     require_module(wrapper);
-    [kspace, scale] = checked_array(wrapper, 'KSPACE', kspace);
-    plan = plan_axes(wrapper, {kx, ky, kz}, {'KX', 'KY', 'KZ'}, [size(kspace, 1), size(kspace, 2), size(kspace, 3)]);
-    work = working_copy(kspace, scale);
-    mirrored = find(plan.mirrored);
-    [block, work] = weight_kspace(mirror_axes(work, mirrored), plan.mex_ranges);
-    block = restored(wrapper, 'BLOCK', mirror_axes(block, mirrored), scale, class(kspace), true);
-    weighted = restored(wrapper, 'WEIGHTED', mirror_axes(work, mirrored), scale, class(kspace), iscomplex(kspace));
+    kspace = full_array(kspace);
+    [block, weighted] = homodyne_recon_mex('filter', kspace, kx, ky, kz);
+    % A separate-planes build hands complex results with a zero imaginary part back as real.
+    block = complex(block);
+    if iscomplex(kspace)
+      weighted = complex(weighted);
+    end
   catch err
     homodyne_error(wrapper, err);
   end

@@ -2,8 +2,9 @@ function corrected = homodyne_phase(image, lowres, varargin)
 %HOMODYNE_PHASE  Take a low-resolution phase off an image, leaving the inputs untouched.
 %
 %   CORRECTED = HOMODYNE_PHASE(IMAGE, LOWRES)
-%     The 'multiply' command of HOMODYNE_MEX on a copy of IMAGE, so that the
-%     caller's array (and every variable sharing it) is never changed.
+%     The phase step of one-pass HOMODYNE_RECON, by the same core (the
+%     'multiply' computation of HOMODYNE_MEX on a copy of IMAGE), so that the
+%     caller's array is never changed.
 %
 %     IMAGE   single or double full-resolution image, real or complex, finite.
 %     LOWRES  single or double low-resolution image, real or complex,
@@ -23,10 +24,6 @@ function corrected = homodyne_phase(image, lowres, varargin)
 %             two to unit size, so any finite double IMAGE gives the same
 %             result as at unit scale.
 %
-%   Either build of the module gives the same results. The separate-planes
-%   build cannot write complex arrays in place, so there the real and
-%   imaginary parts are corrected as real arrays and added:
-%   Re(d)*Re(L)/|L| + Im(d)*Im(L)/|L|.
 %   Errors carry an identifier homodyne:* (see HOMODYNE_RECON).
 %
 %   Example:
@@ -43,19 +40,11 @@ function corrected = homodyne_phase(image, lowres, varargin)
   end
   try
     require_module(wrapper);
-    [image, scale] = checked_array(wrapper, 'IMAGE', image);
-    [lowres, lowres_scale] = checked_array(wrapper, 'LOWRES', lowres);
-    dims = max(ndims(image), ndims(lowres));
-    [image_sizes, lowres_sizes] = deal(size(image), size(lowres));
-    image_sizes(end + 1:dims) = 1;
-    lowres_sizes(end + 1:dims) = 1;
-    if ~isequal(image_sizes(4:end), lowres_sizes(4:end))
-      homodyne_error(wrapper, 'badInput', ['LOWRES (size %s) must have the sizes of IMAGE (size %s) ' ...
-                     'from dimension 4 on: one low-resolution volume per image volume.'], ...
-                     size_text(lowres), size_text(image));
+    image = full_array(image);
+    corrected = homodyne_recon_mex('phase', image, full_array(lowres));
+    if iscomplex(image)
+      corrected = complex(corrected);   % a separate-planes build hands it back as real
     end
-    work = remove_phase(working_copy(image, scale), working_copy(lowres, lowres_scale));
-    corrected = restored(wrapper, 'CORRECTED', work, scale, class(image), iscomplex(image));
   catch err
     homodyne_error(wrapper, err);
   end

@@ -290,13 +290,10 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
     if ~isempty(varargin) && isstruct(varargin{1})
       varargin = [{'Acquisition'}, varargin];   % homodyne_recon(KSPACE, ACQ, ...)
     end
-    if isnumeric(kspace)
-      kspace = full(kspace);   % sparse, diagonal and range matrices: the module reads full storage only
-    end
     % The module returns IMAGE, INFO, PHASE, ZERO_FILLED, SENSITIVITIES and
     % computes only those asked for; INFO always, for its warnings.
     results = cell(1, max(2, nargout + (nargout < 4)));
-    [results{:}] = homodyne_recon_mex('reconstruct', kspace, varargin{:});
+    [results{:}] = homodyne_recon_mex('reconstruct', full_array(kspace), varargin{:});
     info = results{2};
     for w = info.warnings
       warning(w.identifier, '%s: %s', wrapper, w.message);

@@ -4,8 +4,6 @@
 
 #include "recon/recon_error.hpp"
 
-namespace {
-
 std::string size_text(const std::vector<Index>& dims)
 {
     std::string text;
@@ -15,19 +13,18 @@ std::string size_text(const std::vector<Index>& dims)
     return text;
 }
 
-}  // namespace
-
-ArrayLayout array_layout(const std::vector<Index>& dims, std::optional<int> coils, std::optional<int> spatial_dims)
+ArrayLayout array_layout(const std::vector<Index>& dims, std::optional<int> coils, std::optional<int> spatial_dims,
+                         const std::string& name)
 {
     ArrayLayout layout;
     layout.dims = dims;
     for (const Index n : dims) {
         if (n < 1) {
-            throw ReconError("homodyne:badInput", "KSPACE must not be empty (its size is " + size_text(dims) + ").");
+            throw ReconError("homodyne:badInput", name + " must not be empty (its size is " + size_text(dims) + ").");
         }
     }
     if (dims.empty()) {
-        throw ReconError("homodyne:badInput", "KSPACE must have at least one dimension.");
+        throw ReconError("homodyne:badInput", name + " must have at least one dimension.");
     }
     const int nd = static_cast<int>(dims.size());
     layout.spatial_dims = spatial_dims.value_or(coils == 3 ? 2 : 3);

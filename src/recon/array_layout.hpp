@@ -4,6 +4,7 @@
 // volumes). A caller's array has any number of dimensions, first = x.
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "recon/recon_shape.hpp"
@@ -27,8 +28,12 @@ struct ArrayLayout {
     std::vector<Index> result_dims(bool coils_combined) const;
 };
 
+// "16x12x4": sizes as messages show them.
+std::string size_text(const std::vector<Index>& dims);
+
 // `coils`: the coil dimension counted from 1 (3 or more), `spatial_dims`: 2
 // or 3 (default 3, or 2 when the coils are dimension 3). Throws
 // homodyne:badOption for a coil dimension outside the array or among the
-// spatial ones, homodyne:badInput for an empty array.
-ArrayLayout array_layout(const std::vector<Index>& dims, std::optional<int> coils, std::optional<int> spatial_dims);
+// spatial ones, homodyne:badInput for an empty array (naming it `name`).
+ArrayLayout array_layout(const std::vector<Index>& dims, std::optional<int> coils, std::optional<int> spatial_dims,
+                         const std::string& name = "KSPACE");

@@ -77,7 +77,7 @@ int unit_exponent_of(const KspaceInput& input, const ArrayLayout& layout, const 
         largest = std::max(largest, std::max(a, b));
     });
     if (!finite) {
-        throw ReconError("homodyne:badInput", "KSPACE holds NaN or Inf values.");
+        throw ReconError("homodyne:badInput", input.name + " holds NaN or Inf values.");
     }
     if (largest == 0.0) {
         return 0;

@@ -2,6 +2,7 @@
 // The k-space of a call as the caller holds it, and the one pass that brings it
 // into the core's canonical order at unit scale.
 
+#include <string>
 #include <vector>
 
 #include "recon/array_layout.hpp"
@@ -18,6 +19,7 @@ struct KspaceInput {
     const void* imag = nullptr;
     std::vector<Index> dims;     // the caller's sizes, first = x; trailing ones may be left out
     std::vector<Index> strides;  // per dimension, in elements; empty: column-major (first fastest)
+    std::string name = "KSPACE";  // the argument's name in messages
 };
 
 // The strides of `input` for every dimension of `layout` (column-major where

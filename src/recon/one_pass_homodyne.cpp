@@ -95,13 +95,15 @@ HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges)
     return plan;
 }
 
-VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
-                             const Complex* kspace, ReconOutput output, float* image, float* phase)
+namespace {
+
+// The data gathered with the mirrored axes mirrored (`work`, the k-space's
+// voxels), weighted, and the unweighted symmetric block cropped into `low`.
+void weigh_mirrored(const HomodynePlan& plan, const Complex* kspace, Complex* work, Complex* low)
 {
-    const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2], voxels = full.voxels();
+    const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2];
     const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
                              mz = mirror_map(nz, plan.mirrored[2]);
-    ComplexBuffer work(voxels), scratch(voxels), low(block.voxels());
     for (Index z = 0, i = 0; z < nz; ++z) {
         for (Index y = 0; y < ny; ++y) {
             const Complex* row = kspace + (mz[z] * ny + my[y]) * nx;
@@ -110,11 +112,47 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
             }
         }
     }
-    std::fill(low.data(), low.data() + block.voxels(), Complex(0.0f, 0.0f));
+    const std::array<Index, 3> b = plan.block();
+    std::fill(low, low + b[0] * b[1] * b[2], Complex(0.0f, 0.0f));
     const VolumeShape shape{static_cast<int>(nx), static_cast<int>(ny), static_cast<int>(nz), 1};
-    crop_block(interleaved(work.data()), shape, plan.axes[0], plan.axes[1], plan.axes[2], interleaved(low.data()));
-    weight_in_place(interleaved(work.data()), shape, plan.axes[0], plan.axes[1], plan.axes[2]);
-    correct_centre_weight(plan, work.data());
+    crop_block(interleaved(work), shape, plan.axes[0], plan.axes[1], plan.axes[2], interleaved(low));
+    weight_in_place(interleaved(work), shape, plan.axes[0], plan.axes[1], plan.axes[2]);
+    correct_centre_weight(plan, work);
+}
+
+// `from` (sizes n) into `to` with every mirrored axis mirrored back.
+void unmirror(const std::array<Index, 3>& n, const std::array<bool, 3>& mirrored, const Complex* from, Complex* to)
+{
+    const std::vector<Index> mx = mirror_map(n[0], mirrored[0]), my = mirror_map(n[1], mirrored[1]),
+                             mz = mirror_map(n[2], mirrored[2]);
+    for (Index z = 0, i = 0; z < n[2]; ++z) {
+        for (Index y = 0; y < n[1]; ++y) {
+            for (Index x = 0; x < n[0]; ++x, ++i) {
+                to[(mz[z] * n[1] + my[y]) * n[0] + mx[x]] = from[i];
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void weigh_volume(const HomodynePlan& plan, const Complex* kspace, Complex* block, Complex* weighted)
+{
+    const std::array<Index, 3> b = plan.block();
+    ComplexBuffer work(plan.n[0] * plan.n[1] * plan.n[2]), low(b[0] * b[1] * b[2]);
+    weigh_mirrored(plan, kspace, work.data(), low.data());
+    unmirror(plan.n, plan.mirrored, work.data(), weighted);
+    unmirror(b, plan.mirrored, low.data(), block);
+}
+
+VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
+                             const Complex* kspace, ReconOutput output, float* image, float* phase)
+{
+    const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2], voxels = full.voxels();
+    const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
+                             mz = mirror_map(nz, plan.mirrored[2]);
+    ComplexBuffer work(voxels), scratch(voxels), low(block.voxels());
+    weigh_mirrored(plan, kspace, work.data(), low.data());
     centred_inverse(full, work.data(), scratch.data());
     centred_inverse(block, low.data(), scratch.data());
 
@@ -165,4 +203,20 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
         }
     }
     return VolumeReport{};
+}
+
+void take_off_phase(const ComplexPlanes& image, const std::array<Index, 4>& n, const Complex* low,
+                    const std::array<Index, 4>& low_n)
+{
+    const Index count = low_n[0] * low_n[1] * low_n[2] * low_n[3];
+    std::vector<float> planes(static_cast<std::size_t>(2 * count));
+    for (Index i = 0; i < count; ++i) {
+        planes[i] = low[i].real();
+        planes[count + i] = low[i].imag();
+    }
+    const auto dims = [](const std::array<Index, 4>& d) {
+        return DimensionList{static_cast<std::uint32_t>(d[0]), static_cast<std::uint32_t>(d[1]),
+                             static_cast<std::uint32_t>(d[2]), static_cast<std::uint32_t>(d[3])};
+    };
+    AddLowResPhase(image, dims(n), planes.data(), planes.data() + count, dims(low_n));
 }

@@ -11,6 +11,7 @@
 
 #include <array>
 
+#include "common/complex_planes.hpp"
 #include "homodyne/homodyne_filter.hpp"
 #include "recon/pocs.hpp"
 #include "recon/recon_options.hpp"
@@ -34,3 +35,19 @@ HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges)
 // the low-resolution image is 0).
 VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
                              const Complex* kspace, ReconOutput output, float* image, float* phase);
+
+// The two steps on their own, for callers that run them apart (the toolbox's
+// homodyne_filter and homodyne_phase), on one volume of canonical k-space at
+// unit scale: the weighted data (the k-space's voxels) and the unweighted
+// symmetric block (plan.block() voxels), both in the k-space's own
+// orientation (mirrored axes mirrored back).
+void weigh_volume(const HomodynePlan& plan, const Complex* kspace, Complex* block, Complex* weighted);
+
+// The phase of the low-resolution image `low` (sizes low_n: x, y, z,
+// volumes) taken off `image` (sizes n) as one-pass homodyne takes it off:
+// every sample d becomes Re(d conj(L) / |L|), L the trilinear value of `low`
+// on the image's grid (first and last samples aligned), NaN where L is 0;
+// the imaginary part, if any, becomes 0. Volume v of `low` serves volume v
+// of the image.
+void take_off_phase(const ComplexPlanes& image, const std::array<Index, 4>& n, const Complex* low,
+                    const std::array<Index, 4>& low_n);

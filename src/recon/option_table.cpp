@@ -148,23 +148,7 @@ SampledRanges ranges_of(const OptionValue& value)
     }
     SampledRanges ranges;
     for (std::size_t axis = 0; axis < value.list.size(); ++axis) {
-        const std::optional<std::vector<double>>& r = value.list[axis];
-        if (!r) {
-            continue;
-        }
-        const std::string label = std::string("'Ranges' ") + axis_names[axis] + " range";
-        if (r->size() != 2) {
-            throw ReconError("homodyne:badRange",
-                             label + " must be [] or [first last] in k coordinates, not " +
-                                 std::to_string(r->size()) + (r->size() == 1 ? " number." : " numbers."));
-        }
-        const double first = (*r)[0], last = (*r)[1];
-        if (!std::isfinite(first) || !std::isfinite(last) || first != std::floor(first) ||
-            last != std::floor(last) || std::fabs(first) > 1e12 || std::fabs(last) > 1e12) {
-            throw ReconError("homodyne:badRange", label + " [" + number_text(first) + " " + number_text(last) +
-                                                      "] must hold two finite whole k coordinates.");
-        }
-        ranges[axis] = KRange{static_cast<Index>(first), static_cast<Index>(last)};
+        ranges[axis] = range_entry(value.list[axis], std::string("'Ranges' ") + axis_names[axis] + " range");
     }
     return ranges;
 }
@@ -373,6 +357,25 @@ const Row* row_named(const std::string& name)
 }
 
 }  // namespace
+
+std::optional<KRange> range_entry(const std::optional<std::vector<double>>& numbers, const std::string& label)
+{
+    if (!numbers) {
+        return std::nullopt;
+    }
+    const std::vector<double>& r = *numbers;
+    if (r.size() != 2) {
+        throw ReconError("homodyne:badRange", label + " must be [] or [first last] in k coordinates, not " +
+                                                  std::to_string(r.size()) + (r.size() == 1 ? " number." : " numbers."));
+    }
+    const double first = r[0], last = r[1];
+    if (!std::isfinite(first) || !std::isfinite(last) || first != std::floor(first) || last != std::floor(last) ||
+        std::fabs(first) > 1e12 || std::fabs(last) > 1e12) {
+        throw ReconError("homodyne:badRange", label + " [" + number_text(first) + " " + number_text(last) +
+                                                  "] must hold two finite whole k coordinates.");
+    }
+    return KRange{static_cast<Index>(first), static_cast<Index>(last)};
+}
 
 OptionValue OptionValue::of_text(std::string text)
 {

@@ -84,6 +84,10 @@ struct ReconSettings {
 // domain, homodyne:badOption for a second source of ranges.
 void set_option(ReconSettings& settings, const std::string& name, const OptionValue& value);
 
+// A sampled range from [] (nullopt) or two numbers, which must be finite
+// whole k coordinates; homodyne:badRange naming `label` otherwise.
+std::optional<KRange> range_entry(const std::optional<std::vector<double>>& numbers, const std::string& label);
+
 // The row of `name` in any spelling, or null.
 const OptionRow* find_option(const std::string& name);
 

@@ -26,15 +26,6 @@ bool same_dims(const ArrayLayout& layout, const std::vector<Index>& dims)
     return true;
 }
 
-std::string size_text(const std::vector<Index>& dims)
-{
-    std::string text;
-    for (std::size_t d = 0; d < dims.size(); ++d) {
-        text += (d == 0 ? "" : "x") + std::to_string(dims[d]);
-    }
-    return text;
-}
-
 // The canonical k-space of `input` at unit scale: read in place where it can
 // be, else gathered into `copy`; planes outside `ranges` zeroed when asked
 // (in the copy, made for that if need be).

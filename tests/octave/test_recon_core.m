@@ -75,10 +75,11 @@ function fully_sampled_gives_inverse_dft_and_zeros_give_zeros(~)
   end
 end
 
-% One-pass homodyne is the module's chain as its wrappers give it (weights and
-% block, inverse DFTs, phase taken off): on both ends of an even and an odd
-% axis, two axes, and ranges that start or end at k = 0, where the plane
-% k = 0 gets the homodyne weight 1.
+% One-pass homodyne is the module's chain, written out plainly: its "filter"
+% weights and block (a reference of them), k = 0 weighted 1 where a range
+% starts there (the module weights it 2: no ramp sample exists), the inverse
+% DFTs and the low-resolution phase taken off, on both ends of an even and an
+% odd axis, two axes, and ranges that start or end at k = 0.
 function one_pass_is_the_module_chain(~)
   for n = [32 31]
     [~, full] = homodyne_phantom([n n 8]);
@@ -104,16 +105,21 @@ end
 % voxels are left out.
 function assert_module_chain(k)
   [img, ~, ~, info] = homodyne_recon(k, 'Method', 'homodyne', 'NoiseAdaptive', false);
-  mirrored = find(cellfun(@(r) r(1) + r(2) < 0, info.ranges));
   ranges = info.ranges;
+  mirrored = find(cellfun(@(r) r(1) + r(2) < 0, ranges));
   for axis = mirrored
     ranges{axis} = [-ranges{axis}(2), min(-ranges{axis}(1), ceil(size(k, axis) / 2) - 1)];
   end
-  [block, weighted] = homodyne_filter(mirror_all(k, mirrored), ranges{:});
-  lowres = centred_idft(block);
-  expected = mirror_all(real(homodyne_phase(centred_idft(weighted), lowres)), mirrored);
-  magnitude = mirror_all(aligned_linear(double(abs(lowres)), size(k)), mirrored);
-  phased = magnitude > 1e-3 * max(magnitude(:));
+  [block, weighted] = filter_reference(single(mirror_all(k, mirrored)), ranges);
+  weighted_axes = find(cellfun(@(r) abs(r(1) + r(2)) > 1, ranges));
+  for axis = weighted_axes(cellfun(@(r) r(1) == 0, ranges(weighted_axes)))
+    centre = repmat({':'}, 1, 3);
+    centre{axis} = floor(size(k, axis) / 2) + 1;
+    weighted(centre{:}) = weighted(centre{:}) / 2 ^ (1 / numel(weighted_axes));
+  end
+  lowres = aligned_linear(centred_idft(double(block)), size(k));
+  expected = mirror_all(real(centred_idft(double(weighted)) .* conj(lowres) ./ abs(lowres)), mirrored);
+  phased = mirror_all(abs(lowres), mirrored) > 1e-3 * max(abs(lowres(:)));
   difference = max(abs(img(phased) - expected(phased)));
   assert(difference <= 2e-5 * max(abs(expected(:))), 'ranges %s: off by %g', mat2str(cell2mat(info.ranges)), difference);
 end
@@ -148,11 +154,11 @@ function refusals_name_the_option(~)
   k = complex(ones(16, 12, 'single'), 1);
   call = @(varargin) homodyne_recon_mex('reconstruct', k, varargin{:});
   table = {
-    'homodyne:usage', 'the only command is ''reconstruct''', @() homodyne_recon_mex('filter', k)
+    'homodyne:usage', 'the commands are ''reconstruct'', ''filter'' and ''phase''', @() homodyne_recon_mex('weigh', k)
     'homodyne:usage', 'usage:', @() homodyne_recon_mex('reconstruct')
     'homodyne:usage', 'name/value pairs', @() call('Iterations')
     'homodyne:usage', 'option names must be text', @() call(3, 4)
-    'homodyne:badInput', 'KSPACE must be a full single or double array, not int16', @() homodyne_recon_mex('reconstruct', int16(real(k)))
+    'homodyne:badInput', 'KSPACE must be a single or double array, not int16', @() homodyne_recon_mex('reconstruct', int16(real(k)))
     'homodyne:badInput', 'NaN or Inf', @() homodyne_recon_mex('reconstruct', single([1 NaN; 1 1]))
     'homodyne:badOption', 'did you mean ''Iterations''', @() call('Iteration', 3)
     'homodyne:badOption', '''Threads''', @() call('Threads', 'all')

@@ -169,7 +169,7 @@ function [calls, outcome_of] = toolbox_batch()
     'homodyne_phantom', {[8 8], 1}, 'homodyne:usage', 'usage'
     'homodyne_recon', {gap}, 'homodyne:sampling', 'nothing at k = 0'
     'homodyne_recon', {sparse(8, 8)}, 'homodyne:sampling', 'KSPACE holds no non-zero sample'
-    'homodyne_recon', {int16(real(k16))}, 'homodyne:badInput', 'KSPACE must be a full single or double array, not int16'
+    'homodyne_recon', {int16(real(k16))}, 'homodyne:badInput', 'KSPACE must be a single or double array, not int16'
     'homodyne_recon', {true(4)}, 'homodyne:badInput', 'not logical'
     'homodyne_filter', {{1}, []}, 'homodyne:badInput', 'KSPACE must be a single or double array, not cell'
     'homodyne_recon', {zeros(0, 4)}, 'homodyne:badInput', 'KSPACE must not be empty (its size is 0x4)'

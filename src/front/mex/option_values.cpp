@@ -90,19 +90,24 @@ std::vector<double> sparse_values_of(const mxArray* array)
     return values;
 }
 
-// A cell entry of 'Ranges' or 'PartialFourier': [] or real numbers.
-std::optional<std::vector<double>> entry_of(const mxArray* entry, const char* option, std::size_t axis)
+// [] or real numbers, else `id` naming `label`.
+std::optional<std::vector<double>> numbers_or_empty(const mxArray* entry, const std::string& label, const char* id)
 {
     if (entry == nullptr || (mxIsNumeric(entry) && mxIsEmpty(entry))) {
         return std::nullopt;
     }
     if (!real_numbers(entry)) {
-        throw ReconError(std::string(option) == "Ranges" ? "homodyne:badRange" : "homodyne:badOption",
-                         "'" + std::string(option) + "' " + "xyz"[axis] +
-                             (std::string(option) == "Ranges" ? " range" : " entry") +
-                             " must be [] or numbers, not a " + class_text(entry) + ".");
+        throw ReconError(id, label + " must be [] or numbers, not a " + class_text(entry) + ".");
     }
     return mxIsSparse(entry) ? sparse_values_of(entry) : reals_of(entry);
+}
+
+// A cell entry of 'Ranges' or 'PartialFourier'.
+std::optional<std::vector<double>> entry_of(const mxArray* entry, const char* option, std::size_t axis)
+{
+    const bool range = std::string(option) == "Ranges";
+    return numbers_or_empty(entry, "'" + std::string(option) + "' " + "xyz"[axis] + (range ? " range" : " entry"),
+                            range ? "homodyne:badRange" : "homodyne:badOption");
 }
 
 std::shared_ptr<const Acquisition> acquisition_of(const mxArray* acq)
@@ -178,4 +183,9 @@ OptionValue option_value_of(const mxArray* value, const char* option)
         }
     }
     return result;
+}
+
+std::optional<std::vector<double>> range_numbers_of(const mxArray* value, const std::string& label)
+{
+    return numbers_or_empty(value, label, "homodyne:badRange");
 }

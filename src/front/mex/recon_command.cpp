@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "front/mex/array_input.hpp"
 #include "front/mex/info_struct.hpp"
 #include "front/mex/option_values.hpp"
+#include "front/mex/result_array.hpp"
 #include "gateway/host_arrays.hpp"
 #include "recon/info_value.hpp"
 #include "recon/recon_call.hpp"
@@ -44,123 +46,6 @@ ReconSettings settings_of(int count, const mxArray** args)
     return settings;
 }
 
-KspaceInput input_of(const mxArray* kspace)
-{
-    const bool is_double = has_class(kspace, "double");
-    if ((!is_double && !has_class(kspace, "single")) || mxIsSparse(kspace)) {
-        throw ReconError("homodyne:badInput", std::string("KSPACE must be a full single or double array, not ") +
-                                                  mxGetClassName(kspace) + (mxIsSparse(kspace) ? " (sparse)." : "."));
-    }
-    KspaceInput input;
-    input.data = mxGetData(kspace);
-    const bool complex = mxIsComplex(kspace);
-#if MX_HAS_INTERLEAVED_COMPLEX
-    input.type = complex ? (is_double ? KspaceInput::Type::complex_double : KspaceInput::Type::complex_float)
-                         : (is_double ? KspaceInput::Type::real_double : KspaceInput::Type::real_float);
-#else
-    input.type = is_double ? KspaceInput::Type::real_double : KspaceInput::Type::real_float;
-    input.imag = complex ? mxGetImagData(kspace) : nullptr;
-#endif
-    for (const std::int64_t n : dimensions_of(kspace)) {
-        input.dims.push_back(static_cast<Index>(n));
-    }
-    return input;
-}
-
-// Double results of non-zero values wholly below double's normal range have
-// lost their digits.
-void refuse_lost_digits(const float* unit, const double* values, Index count, Index step, const std::string& name)
-{
-    double largest = 0.0;
-    bool nonzero = false;
-    for (Index i = 0; i < count; ++i) {
-        largest = std::max(largest, std::fabs(values[i]));
-        nonzero = nonzero || unit[i * step] != 0.0f;
-    }
-    if (nonzero && largest < DBL_MIN) {
-        throw ReconError("homodyne:scale", name + " does not fit double precision at the scale of the data; "
-                                                  "scale the data.");
-    }
-}
-
-// A result of the caller's class and size, which the core fills through a
-// single-precision buffer at unit scale: the array's own storage where it has
-// that form, else a temporary, copied over by finish().
-class ResultArray {
-public:
-    ResultArray(const std::vector<Index>& dims, bool is_double, bool is_complex)
-        : dims_(dims.begin(), dims.end()), double_(is_double), complex_(is_complex)
-    {
-        const std::vector<mwSize> sizes(dims.begin(), dims.end());
-        const mxClassID class_id = is_double ? mxDOUBLE_CLASS : mxSINGLE_CLASS;
-        array_ = is_complex ? create_complex(dims_, class_id)
-                            : mxCreateNumericArray(sizes.size(), sizes.data(), class_id, mxREAL);
-        count_ = static_cast<Index>(mxGetNumberOfElements(array_)) * (is_complex ? 2 : 1);
-        bool own_storage = !is_double;
-#if !MX_HAS_INTERLEAVED_COMPLEX
-        own_storage = own_storage && !is_complex;
-#endif
-        if (!own_storage) {
-            scratch_.resize(static_cast<std::size_t>(count_));
-        }
-    }
-    ResultArray(const ResultArray&) = delete;
-    ResultArray& operator=(const ResultArray&) = delete;
-    ~ResultArray()
-    {
-        if (array_ != nullptr) {
-            mxDestroyArray(array_);
-        }
-    }
-
-    float* values() { return scratch_.empty() ? static_cast<float*>(mxGetData(array_)) : scratch_.data(); }
-
-    // The array at the caller's scale (times 2^exponent), handed over.
-    mxArray* finish(int exponent, const std::string& name)
-    {
-        if (!double_) {
-            restore_scale(values(), count_, exponent, name);
-        }
-        if (!scratch_.empty()) {
-            const Index n = complex_ ? count_ / 2 : count_;
-#if MX_HAS_INTERLEAVED_COMPLEX
-            double* out = static_cast<double*>(mxGetData(array_));
-            for (Index i = 0; i < count_; ++i) {
-                out[i] = std::ldexp(static_cast<double>(scratch_[i]), exponent);
-            }
-            refuse_lost_digits(scratch_.data(), out, count_, 1, name);
-            (void)n;
-#else
-            const int stride = complex_ ? 2 : 1;
-            for (int part = 0; part < stride; ++part) {
-                void* plane = part == 0 ? mxGetData(array_) : mxGetImagData(array_);
-                for (Index i = 0; i < n; ++i) {
-                    const float v = scratch_[stride * i + part];
-                    if (double_) {
-                        static_cast<double*>(plane)[i] = std::ldexp(static_cast<double>(v), exponent);
-                    } else {
-                        static_cast<float*>(plane)[i] = v;
-                    }
-                }
-                if (double_) {
-                    refuse_lost_digits(scratch_.data() + part, static_cast<double*>(plane), n, stride, name);
-                }
-            }
-#endif
-        }
-        mxArray* array = array_;
-        array_ = nullptr;
-        return array;
-    }
-
-private:
-    std::vector<std::int64_t> dims_;
-    bool double_, complex_;
-    mxArray* array_ = nullptr;
-    Index count_ = 0;
-    std::vector<float> scratch_;
-};
-
 }  // namespace
 
 void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
@@ -169,7 +54,7 @@ void reconstruct_command(int nlhs, mxArray** plhs, int nrhs, const mxArray** prh
         throw ReconError("homodyne:usage", "usage: [IMAGE, INFO, PHASE, ZERO_FILLED, SENSITIVITIES] = "
                                            "homodyne_recon_mex('reconstruct', KSPACE, name, value, ...).");
     }
-    const KspaceInput input = input_of(prhs[1]);
+    const KspaceInput input = input_of(prhs[1], "KSPACE");
     const ReconSettings settings = settings_of(nrhs - 2, prhs + 2);
     const ReconPlan plan(prepare_call(settings, input));
     const ReconCall& call = plan.call();

@@ -13,20 +13,29 @@
 #include "front/mex/error_barrier.hpp"
 #include "recon/recon_error.hpp"
 #include "front/mex/recon_command.hpp"
+#include "front/mex/step_commands.hpp"
 #include "mex.h"
 
 namespace {
 
 void dispatch(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 {
+    const char* const commands = "the commands are 'reconstruct', 'filter' and 'phase'";
     if (nrhs < 1 || !mxIsChar(prhs[0])) {
-        throw ReconError("homodyne:usage", "The first input must be the command 'reconstruct'.");
+        throw ReconError("homodyne:usage", std::string("The first input must be a command; ") + commands + ".");
     }
     char command[32] = "";
-    if (mxGetString(prhs[0], command, sizeof command) != 0 || std::string(command) != "reconstruct") {
-        throw ReconError("homodyne:usage", "Unknown command; the only command is 'reconstruct'.");
+    const bool read = mxGetString(prhs[0], command, sizeof command) == 0;
+    const std::string name = read ? command : "";
+    if (name == "reconstruct") {
+        reconstruct_command(nlhs, plhs, nrhs, prhs);
+    } else if (name == "filter") {
+        filter_command(nlhs, plhs, nrhs, prhs);
+    } else if (name == "phase") {
+        phase_command(nlhs, plhs, nrhs, prhs);
+    } else {
+        throw ReconError("homodyne:usage", std::string("Unknown command; ") + commands + ".");
     }
-    reconstruct_command(nlhs, plhs, nrhs, prhs);
 }
 
 }  // namespace
