@@ -13,6 +13,14 @@
 %   refused (HOMODYNE_RECON makes it full). Warnings come back in
 %   INFO.warnings (identifier, message) instead of being raised.
 %
+%   [BLOCK, WEIGHTED] = HOMODYNE_RECON_MEX('filter', KSPACE, KX, KY, KZ)
+%   CORRECTED = HOMODYNE_RECON_MEX('phase', IMAGE, LOWRES)
+%     The weighting and phase steps of one-pass homodyne on their own, as
+%     the reconstruction runs them; HOMODYNE_FILTER and HOMODYNE_PHASE
+%     document them. A build with separate complex planes returns complex
+%     results whose imaginary part is all zero as real arrays; the wrappers
+%     make them complex again.
+%
 %   The same core runs the command line homodyne-recon and Python's
 %   homodyne.recon: one option table, one validation, one reconstruction.
 %
