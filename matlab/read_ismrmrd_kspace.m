@@ -73,11 +73,18 @@ function [kspace, acq] = read_ismrmrd_kspace(file, varargin)
     homodyne_error(wrapper, 'usage', ['usage: [KSPACE, ACQ] = read_ismrmrd_kspace(FILE, ...): FILE must be ' ...
                    'a file name (text); see help read_ismrmrd_kspace.']);
   end
-  options = parse_options(wrapper, {
-    'RemoveOversampling', true, @(v) isscalar(v) && (islogical(v) || (isnumeric(v) && any(v == [0 1]))), 'true or false'
-  }, varargin);
+  remove = true;   % the reader's one option
+  if ~isempty(varargin)
+    if numel(varargin) ~= 2 || ~ischar(varargin{1}) || ~strcmpi(varargin{1}, 'RemoveOversampling')
+      homodyne_error(wrapper, 'badOption', 'unknown option or arguments; the only option is ''RemoveOversampling''.');
+    end
+    remove = varargin{2};
+    if ~(isscalar(remove) && (islogical(remove) || (isnumeric(remove) && any(remove == [0 1]))))
+      homodyne_error(wrapper, 'badOption', '''RemoveOversampling'' must be true or false.');
+    end
+  end
   try
-    [kspace, acq] = ismrmrd_mex(file, logical(options.RemoveOversampling));
+    [kspace, acq] = ismrmrd_mex(file, logical(remove));
   catch err
     homodyne_error(wrapper, err);   % homodyne:badFile and the others keep their identifiers
   end

@@ -106,7 +106,7 @@ function bad_files_and_options(~)
   message = message_of(@() read_ismrmrd_kspace(text));
   named = ['homodyne:badFile read_ismrmrd_kspace: ' text ': '];
   assert(strncmp(message, named, numel(named)) && ~isempty(strfind(message, 'not an HDF5 file')), 'got "%s"', message);
-  assert(~isempty(strfind(message_of(@() read_ismrmrd_kspace(text, 'Oversampling', true)), 'homodyne:badOption read_ismrmrd_kspace: unknown option')));
+  assert(~isempty(strfind(message_of(@() read_ismrmrd_kspace(text, 'Oversampling', true)), 'homodyne:badOption read_ismrmrd_kspace: unknown option or arguments')));
   assert(~isempty(strfind(message_of(@() read_ismrmrd_kspace(text, 'RemoveOversampling', 2)), 'homodyne:badOption read_ismrmrd_kspace: ''RemoveOversampling'' must be true or false.')));
   assert(strncmp(message_of(@() read_ismrmrd_kspace(1)), 'homodyne:usage read_ismrmrd_kspace: usage:', 42));
 end
