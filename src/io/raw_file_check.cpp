@@ -132,6 +132,24 @@ void check_readout_length(const std::string& path, Index samples, Index centre_s
                          : ", which do not fit it"));
 }
 
+void check_phase_limits(const std::string& path, const char* axis, Index n, const ISMRMRD::Optional<ISMRMRD::Limit>& limit)
+{
+    if (!limit) {
+        return;
+    }
+    const Index first = Index{limit->minimum} - limit->center + n / 2;
+    const Index last = Index{limit->maximum} - limit->center + n / 2;
+    const bool fits = first >= 0 && last < n;
+    if (fits && 2 * (last - first + 1) >= n) {
+        return;
+    }
+    fail(path, std::string("encodedSpace matrixSize ") + axis + " is " + std::to_string(n) +
+                   " but encodingLimits kspace_encoding_step_" + (axis[0] == 'y' ? "1" : "2") + " " +
+                   std::to_string(limit->minimum) + " .. " + std::to_string(limit->maximum) + " (centre " +
+                   std::to_string(limit->center) + ")" +
+                   (fits ? " cover less than half of it" : " do not fit it"));
+}
+
 void check_kspace_fits_memory(const std::string& path, double samples, const std::string& what)
 {
     const double physical = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));

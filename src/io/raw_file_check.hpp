@@ -50,6 +50,14 @@ void check_readout_against_header(const std::string& path, Index number, const I
 void check_readout_length(const std::string& path, Index samples, Index centre_sample, Index encoded_x,
                           Index recon_x);
 
+// The same for the encoding limits of a phase-encoding axis (`axis` "y" or
+// "z", `limit` its kspace_encoding_step_1 or _2), where the header declares
+// them: the block they declare, placed with its centre at n/2, must fit the
+// encoded matrix of `n` lines and cover at least half of it (partial Fourier
+// leaves out less; a matrix far larger than its lines is a header that lies,
+// and would cost a reconstruction of its size).
+void check_phase_limits(const std::string& path, const char* axis, Index n, const ISMRMRD::Optional<ISMRMRD::Limit>& limit);
+
 // Throws homodyne:badFile when k-space of `samples` complex samples (`what`
 // says whose) would take more than half the machine's physical memory: the
 // reconstruction needs at least a second copy, so a larger one cannot run

@@ -208,6 +208,8 @@ private:
         }
         if (readout_.samples == 0) {
             check_readout_length(path_, seen.samples, seen.centre_sample, encoded_x_, raw_.recon_matrix[0]);
+            check_phase_limits(path_, "y", raw_.shape.n[1], encoding_.encodingLimits.kspace_encoding_step_1);
+            check_phase_limits(path_, "z", raw_.shape.n[2], encoding_.encodingLimits.kspace_encoding_step_2);
             readout_ = seen;
             readout_.offset = encoded_x_ / 2 - seen.centre_sample;
             raw_.shape.coils = seen.channels;

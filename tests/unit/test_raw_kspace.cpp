@@ -230,8 +230,14 @@ TEST(RawKspace, ContradictionsRefusedFastNamingTheFault)
          "encodedSpace matrixSize x is 64 (reconSpace 16) but the readouts hold 16 samples centred at sample 8, which reach neither end"},
         {[](Head& h) { h.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(65535, 65535, 1); }, nullptr,
          "encodedSpace matrixSize x is 65535"},
-        {[](Head& h) { h.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(16, 65535, 65535); }, nullptr,
-         "the header's matrix and the readouts' channels need 1099.5 GB of k-space, more than half of this machine's"},
+        {[](Head& h) { h.encoding[0].encodedSpace.matrixSize.y = 65535; }, nullptr,
+         "encodedSpace matrixSize y is 65535 but encodingLimits kspace_encoding_step_1 0 .. 9 (centre 6) cover less than half of it"},
+        {[](Head& h) {
+             h.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(16, 65535, 65535);
+             h.encoding[0].encodingLimits.kspace_encoding_step_1 = h.encoding[0].encodingLimits.kspace_encoding_step_2 =
+                 ISMRMRD::Limit(0, 65534, 32767);
+         },
+         nullptr, "the header's matrix and the readouts' channels need 1099.5 GB of k-space, more than half of this machine's"},
         {[](Head& h) { h.encoding[0].encodingLimits.slice = ISMRMRD::Limit(0, 0, 0); },
          [](Readout& r) { r.idx().slice = 7; return 1; },
          "readout 4 has slice = 7, outside the header's encoding limits 0 .. 0"},
