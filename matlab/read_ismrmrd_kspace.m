@@ -47,16 +47,26 @@ function [kspace, acq] = read_ismrmrd_kspace(file, varargin)
 %     warnings        the warnings given while reading (also shown)
 %     header          the file's XML header
 %
-%   Files that contradict their header: lines missing inside the sampled
-%   block (gaps, as in undersampled scans), a declared k-space centre that the
-%   data contradict (the energy peak elsewhere with more than four times the
-%   energy at the declared centre), readouts of different lengths, counters
-%   outside the matrix, are refused with an error. Encoding limits whose
-%   minimum or maximum differ from the lines actually acquired give a warning,
-%   and the acquired block is used.
+%   Files that contradict their header are refused with an error naming the
+%   field or readout at fault, before anything of the header's sizes is
+%   allocated: readouts that reach neither end of the encoded readout axis
+%   (a header matrix wider than its readouts; a partial echo leaves out one
+%   end only) or do not fit it, a counter (kspace_encode_step_1/2, slice,
+%   contrast, phase, repetition, set, average) outside the header's encoding
+%   limits or the matrix, a readout whose discard_pre and discard_post leave
+%   no sample, readouts of different lengths, lines missing inside the
+%   sampled block (gaps, as in undersampled scans), a declared k-space centre
+%   that the data contradict (the energy peak elsewhere with more than four
+%   times the energy at the declared centre), and a k-space that would take
+%   more than half the machine's memory. Encoding limits wider than the lines
+%   actually acquired give a warning, and the acquired block is used.
+%   Samples in discard_pre and discard_post are left out (zero). Readouts
+%   that repeat the counters of an earlier one are averaged with it, with a
+%   warning. Noise readouts of another channel count, or with no sample
+%   kept, are left out with a warning naming them.
 %
 %   Every fault of the file (missing, not HDF5, no ISMRMRD dataset, truncated,
-%   absurd sizes, no readouts) raises an error with identifier
+%   contradictions, no readouts) raises an error with identifier
 %   homodyne:badFile, its message 'read_ismrmrd_kspace: FILE: fault'. Wrong
 %   arguments and options raise homodyne:usage and homodyne:badOption, as in
 %   every function of the toolbox (see HOMODYNE_RECON).

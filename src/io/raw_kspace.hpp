@@ -59,6 +59,10 @@ struct RawKspace {
     std::uint32_t measurement_uid = 0;
     std::string xml_header;              // as stored in the file
     std::vector<std::string> warnings;   // one line each, naming the file
+    // What of the readouts was not used as stored (repeats averaged, noise
+    // readouts left out), as short phrases for a summary; each is also among
+    // the warnings.
+    std::vector<std::string> notes;
 };
 
 struct RawReadOptions {

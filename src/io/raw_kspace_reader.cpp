@@ -1,7 +1,13 @@
 // Reading the readouts of an ISMRMRD file into the canonical k-space order:
-// one pass over the readouts, each placed by its encoding counters into the
-// buffer of its volume (made when the volume is first seen), then the volumes
-// joined in counter order and the sampled ranges checked against the data.
+// one pass over the readouts, each checked against the header and then
+// placed by its encoding counters into the buffer of its volume (made when
+// the volume is first seen), then the volumes joined in counter order and
+// the sampled ranges checked against the data.
+//
+// Readouts that repeat the counters of one already placed (a line measured
+// again without its own average counter) are averaged with it, as the
+// average counter's repeats would be by a scanner's reconstruction: a copy
+// stored twice gives the line unchanged, and true repeats gain in SNR.
 
 #include <ismrmrd/dataset.h>
 #include <ismrmrd/xml.h>
@@ -23,14 +29,12 @@ const std::array<const char*, VOLUME_COUNTERS> kVolumeCounterNames{"slice", "con
 
 namespace {
 
-// Larger k-spaces than this (16 GiB) are taken for a corrupt header.
-constexpr Index kMaxSamples = Index{1} << 31;
-
 using Counters = std::array<std::uint16_t, VOLUME_COUNTERS>;
 using Header = ISMRMRD::ISMRMRD_AcquisitionHeader;
 using Sample = std::complex<float>;
 
 struct NoiseReadout {
+    Index number;  // in the file
     Index samples;
     Index channels;
     std::vector<Sample> values;  // samples x channels
@@ -38,7 +42,7 @@ struct NoiseReadout {
 
 struct Volume {
     std::vector<std::complex<float>> kspace;
-    std::vector<char> held;  // y x z: a readout was placed there
+    std::vector<Index> held;  // y x z: how many readouts were placed there
     VolumeGeometry geometry;
 };
 
@@ -112,18 +116,27 @@ PhaseAxis phase_axis(const char* name, Index n, const ISMRMRD::Optional<ISMRMRD:
     return axis;
 }
 
-// The readout's samples along x: where sample 0 lands on the encoded axis.
+// The readout's samples along x: where sample 0 lands on the encoded axis,
+// and the samples kept between the discarded ones.
 struct ReadoutPlacement {
     Index samples = 0;
     Index channels = 0;
     Index centre_sample = 0;
+    Index discard_pre = 0;
+    Index discard_post = 0;
     Index offset = 0;  // encoded index of sample 0
+
+    bool same_samples(const ReadoutPlacement& other) const
+    {
+        return samples == other.samples && centre_sample == other.centre_sample && discard_pre == other.discard_pre &&
+               discard_post == other.discard_post;
+    }
 };
 
 class KspaceAssembler {
 public:
     KspaceAssembler(const std::string& path, const ISMRMRD::Encoding& encoding, bool remove_oversampling)
-        : path_(path)
+        : path_(path), encoding_(encoding)
     {
         const auto& encoded = encoding.encodedSpace;
         const auto& recon = encoding.reconSpace;
@@ -142,21 +155,19 @@ public:
                        encoded.fieldOfView_mm.y, encoded.fieldOfView_mm.z};
         y_ = phase_axis("kspace_encode_step_1", raw_.shape.n[1], encoding.encodingLimits.kspace_encoding_step_1);
         z_ = phase_axis("kspace_encode_step_2", raw_.shape.n[2], encoding.encodingLimits.kspace_encoding_step_2);
-        energy_x_.assign(raw_.shape.n[0], 0.0);
-        energy_y_.assign(raw_.shape.n[1], 0.0);
-        energy_z_.assign(raw_.shape.n[2], 0.0);
-        line_.resize(encoded_x_);
     }
 
     void add(const Header& head, const Sample* samples)
     {
+        const Index number = number_++;
         if (head.encoding_space_ref != 0 || is_auxiliary(head)) {
             return;
         }
         if (has_flag(head, ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT)) {
-            add_noise(head, samples);
+            add_noise(number, head, samples);
             return;
         }
+        check_readout_against_header(path_, number, encoding_, head);
         place_readout(head, samples);
     }
 
@@ -172,10 +183,17 @@ public:
     }
 
 private:
-    void add_noise(const Header& head, const Sample* samples)
+    // Keeps the samples between the discarded ones of every channel.
+    void add_noise(Index number, const Header& head, const Sample* samples)
     {
-        const Index values = Index{head.number_of_samples} * Index{head.active_channels};
-        noise_.push_back({head.number_of_samples, head.active_channels, std::vector<Sample>(samples, samples + values)});
+        const Index stored = head.number_of_samples;
+        const Index kept = std::max<Index>(0, stored - head.discard_pre - head.discard_post);
+        NoiseReadout readout{number, kept, head.active_channels, {}};
+        for (Index c = 0; c < readout.channels; ++c) {
+            const Sample* first = samples + c * stored + head.discard_pre;
+            readout.values.insert(readout.values.end(), first, first + kept);
+        }
+        noise_.push_back(std::move(readout));
         if (noise_time_us_ == 0) {
             noise_time_us_ = head.sample_time_us;
         }
@@ -183,34 +201,32 @@ private:
 
     void check_readout(const Header& head)
     {
-        const ReadoutPlacement seen{head.number_of_samples, head.active_channels, head.center_sample, 0};
+        const ReadoutPlacement seen{head.number_of_samples, head.active_channels, head.center_sample,
+                                    head.discard_pre, head.discard_post, 0};
         if (seen.samples < 1 || seen.channels < 1) {
             fail(path_, "a readout has " + std::to_string(seen.samples) + " samples and " + std::to_string(seen.channels) + " channels");
         }
         if (readout_.samples == 0) {
+            check_readout_length(path_, seen.samples, seen.centre_sample, encoded_x_, raw_.recon_matrix[0]);
+            check_phase_limits(path_, "y", raw_.shape.n[1], encoding_.encodingLimits.kspace_encoding_step_1);
+            check_phase_limits(path_, "z", raw_.shape.n[2], encoding_.encodingLimits.kspace_encoding_step_2);
             readout_ = seen;
             readout_.offset = encoded_x_ / 2 - seen.centre_sample;
-            if (readout_.offset < 0 || readout_.offset + seen.samples > encoded_x_) {
-                fail(path_, "a readout of " + std::to_string(seen.samples) + " samples centred at sample " +
-                                std::to_string(seen.centre_sample) + " does not fit the encoded matrix of " +
-                                std::to_string(encoded_x_) + " samples");
-            }
             raw_.shape.coils = seen.channels;
             raw_.sample_time_us = head.sample_time_us;
             raw_.measurement_uid = head.measurement_uid;
-            if (static_cast<double>(raw_.shape.voxels()) * static_cast<double>(raw_.shape.coils) > static_cast<double>(kMaxSamples)) {
-                fail(path_, "absurd sizes: the header's matrix and channel count give more than 2^31 samples per volume");
-            }
+            check_kspace_fits_memory(path_, static_cast<double>(raw_.shape.voxels()) * static_cast<double>(raw_.shape.coils),
+                                     "the header's matrix and the readouts' channels");
+            line_.resize(encoded_x_);
             if (raw_.oversampling_removed) {
                 crop_ = std::make_unique<ReadoutCrop>(encoded_x_, raw_.shape.n[0]);
                 cropped_.resize(raw_.shape.n[0]);
             }
             return;
         }
-        if (seen.samples != readout_.samples || seen.centre_sample != readout_.centre_sample) {
-            fail(path_, "readouts differ in their samples (" + std::to_string(seen.samples) + " centred at " +
-                            std::to_string(seen.centre_sample) + " after " + std::to_string(readout_.samples) + " centred at " +
-                            std::to_string(readout_.centre_sample) + "); one sampled readout range is needed");
+        if (!seen.same_samples(readout_)) {
+            fail(path_, "readouts differ in their samples (" + samples_text(seen) + " after " + samples_text(readout_) +
+                            "); one sampled readout range is needed");
         }
         if (seen.channels != readout_.channels) {
             fail(path_, "readouts differ in their channel count (" + std::to_string(seen.channels) + " after " +
@@ -225,13 +241,11 @@ private:
         if (found != volumes_.end()) {
             return found->second;
         }
-        Index samples = raw_.shape.volume_stride();
+        double samples = static_cast<double>(raw_.shape.volume_stride());
         for (int c = 0; c < VOLUME_COUNTERS; ++c) {
-            samples *= std::max<Index>(key[c] + 1, extent_[c]);
-            if (samples > kMaxSamples) {
-                fail(path_, "absurd sizes: the readouts' counters span more than 2^31 samples of k-space");
-            }
+            samples *= static_cast<double>(std::max<Index>(key[c] + 1, extent_[c]));
         }
+        check_kspace_fits_memory(path_, samples, "the volumes that the readouts' counters span");
         for (int c = 0; c < VOLUME_COUNTERS; ++c) {
             extent_[c] = std::max<Index>(key[c] + 1, extent_[c]);
         }
@@ -255,17 +269,19 @@ private:
                             std::to_string(axis.centre_counter));
         }
         Volume& volume = volume_of(head);
-        char& held = volume.held[iz * raw_.shape.n[1] + iy];
-        duplicates_ += held;
-        held = 1;
+        Index& held = volume.held[iz * raw_.shape.n[1] + iy];
+        repeats_ += held > 0;
+        ++held;
         const bool reversed = has_flag(head, ISMRMRD::ISMRMRD_ACQ_IS_REVERSE);
         const Index nx = raw_.shape.n[0];
-        double line_energy = 0;
         for (Index c = 0; c < readout_.channels; ++c) {
             const Sample* channel = samples + c * readout_.samples;
             std::fill(line_.begin(), line_.end(), Sample{});
             for (Index s = 0; s < readout_.samples; ++s) {
-                line_[readout_.offset + s] = channel[reversed ? readout_.samples - 1 - s : s];
+                const Index t = reversed ? readout_.samples - 1 - s : s;  // in the order of acquisition
+                if (t >= readout_.discard_pre && t < readout_.samples - readout_.discard_post) {
+                    line_[readout_.offset + s] = channel[t];
+                }
             }
             const std::complex<float>* line = line_.data();
             if (crop_) {
@@ -274,14 +290,27 @@ private:
             }
             std::complex<float>* target = volume.kspace.data() + c * raw_.shape.voxels() + (iz * raw_.shape.n[1] + iy) * nx;
             for (Index x = 0; x < nx; ++x) {
-                target[x] = line[x];
-                const double e = std::norm(std::complex<double>(line[x]));
-                energy_x_[x] += e;
-                line_energy += e;
+                target[x] += line[x];
             }
         }
-        energy_y_[iy] += line_energy;
-        energy_z_[iz] += line_energy;
+    }
+
+    // Each line placed more than once becomes the mean of its readouts.
+    void average_repeats(Volume& volume)
+    {
+        const Index nx = raw_.shape.n[0];
+        for (Index line = 0; line < static_cast<Index>(volume.held.size()); ++line) {
+            if (volume.held[line] < 2) {
+                continue;
+            }
+            const float share = 1.0f / static_cast<float>(volume.held[line]);
+            for (Index c = 0; c < raw_.shape.coils; ++c) {
+                Sample* target = volume.kspace.data() + c * raw_.shape.voxels() + line * nx;
+                for (Index x = 0; x < nx; ++x) {
+                    target[x] *= share;
+                }
+            }
+        }
     }
 
     void join_volumes()
@@ -293,6 +322,9 @@ private:
         }
         raw_.volumes.assign(raw_.shape.volumes, VolumeGeometry{});
         const Index acquired = static_cast<Index>(volumes_.size());
+        for (auto& volume : volumes_) {
+            average_repeats(volume.second);
+        }
         if (raw_.shape.volumes == 1) {  // the common case, without a copy
             Volume& only = volumes_.begin()->second;
             raw_.kspace = std::move(only.kspace);
@@ -311,7 +343,7 @@ private:
             std::copy(it->second.kspace.begin(), it->second.kspace.end(), raw_.kspace.begin() + v * raw_.shape.volume_stride());
             raw_.volumes[v] = it->second.geometry;
             for (std::size_t i = 0; i < held_.size(); ++i) {
-                held_[i] |= it->second.held[i];
+                held_[i] = std::max(held_[i], it->second.held[i]);
             }
         }
         if (acquired < raw_.shape.volumes) {
@@ -319,9 +351,11 @@ private:
                                                           std::to_string(raw_.shape.volumes) +
                                                           " volumes of the counters' grid hold no readouts; they are zero"));
         }
-        if (duplicates_ > 0) {
-            raw_.warnings.push_back(file_fault(path_, std::to_string(duplicates_) +
-                                                          " readouts repeat the counters of an earlier one; the last is kept"));
+        if (repeats_ > 0) {
+            raw_.notes.push_back(std::to_string(repeats_) + " repeated readouts averaged");
+            raw_.warnings.push_back(file_fault(path_, std::to_string(repeats_) +
+                                                          " readouts repeat the counters of an earlier one; each such "
+                                                          "line is the mean of its readouts"));
         }
     }
 
@@ -329,23 +363,24 @@ private:
     {
         const Index ny = raw_.shape.n[1];
         const Index nz = raw_.shape.n[2];
-        AxisEvidence x{"the readout", std::vector<char>(raw_.shape.n[0], 0), energy_x_, std::nullopt};
-        // Held readout samples, in the output's k coordinates (scaled by the crop).
+        AxisEvidence x{"the readout", std::vector<char>(raw_.shape.n[0], 0), {}, std::nullopt};
+        // Kept readout samples, in the output's k coordinates (scaled by the crop).
         const double scale = static_cast<double>(raw_.shape.n[0]) / static_cast<double>(encoded_x_);
-        const Index first_k = readout_.offset - encoded_x_ / 2;
-        const Index last_k = first_k + readout_.samples - 1;
+        const Index first_k = readout_.offset - encoded_x_ / 2 + readout_.discard_pre;
+        const Index last_k = readout_.offset - encoded_x_ / 2 + readout_.samples - 1 - readout_.discard_post;
         for (Index i = 0; i < raw_.shape.n[0]; ++i) {
             const double k = static_cast<double>(i - raw_.shape.n[0] / 2) / scale;
             x.held[i] = k >= static_cast<double>(first_k) && k <= static_cast<double>(last_k);
         }
-        AxisEvidence y{y_.name, std::vector<char>(ny, 0), energy_y_, y_.declared};
-        AxisEvidence z{z_.name, std::vector<char>(nz, 0), energy_z_, z_.declared};
+        AxisEvidence y{y_.name, std::vector<char>(ny, 0), {}, y_.declared};
+        AxisEvidence z{z_.name, std::vector<char>(nz, 0), {}, z_.declared};
         for (Index iz = 0; iz < nz; ++iz) {
             for (Index iy = 0; iy < ny; ++iy) {
-                y.held[iy] |= held_[iz * ny + iy];
-                z.held[iz] |= held_[iz * ny + iy];
+                y.held[iy] |= held_[iz * ny + iy] > 0;
+                z.held[iz] |= held_[iz * ny + iy] > 0;
             }
         }
+        plane_energies(x.energy, y.energy, z.energy);
         raw_.ranges = {supported_range(x, path_, raw_.warnings), supported_range(y, path_, raw_.warnings),
                        supported_range(z, path_, raw_.warnings)};
         if (raw_.oversampling_removed) {
@@ -354,13 +389,34 @@ private:
         Index missing = 0;
         for (Index iz = 0; iz < nz; ++iz) {
             for (Index iy = 0; iy < ny; ++iy) {
-                missing += y.held[iy] && z.held[iz] && !held_[iz * ny + iy];
+                missing += y.held[iy] && z.held[iz] && held_[iz * ny + iy] == 0;
             }
         }
         if (missing > 0) {
             raw_.warnings.push_back(file_fault(path_, std::to_string(missing) +
                                                           " lines inside the sampled block were not acquired (e.g. elliptical "
                                                           "scanning); they are zero"));
+        }
+    }
+
+    // Sum of |sample|^2 over the data per index of each axis, of the lines as
+    // averaged.
+    void plane_energies(std::vector<double>& x, std::vector<double>& y, std::vector<double>& z) const
+    {
+        const ReconShape& s = raw_.shape;
+        x.assign(s.n[0], 0.0);
+        y.assign(s.n[1], 0.0);
+        z.assign(s.n[2], 0.0);
+        for (Index line = 0; line < s.samples() / s.n[0]; ++line) {
+            const Sample* samples = raw_.kspace.data() + line * s.n[0];
+            double line_energy = 0;
+            for (Index i = 0; i < s.n[0]; ++i) {
+                const double e = std::norm(std::complex<double>(samples[i]));
+                x[i] += e;
+                line_energy += e;
+            }
+            y[line % s.n[1]] += line_energy;
+            z[line / s.n[1] % s.n[2]] += line_energy;
         }
     }
 
@@ -380,9 +436,10 @@ private:
 
     void gather_noise()
     {
+        leave_out_unusable_noise();
         Index samples = 0;
         for (const NoiseReadout& readout : noise_) {
-            samples += readout.channels == raw_.shape.coils ? readout.samples : 0;
+            samples += readout.samples;
         }
         if (samples == 0) {
             return;
@@ -392,11 +449,6 @@ private:
         Index row = 0;
         for (const NoiseReadout& readout : noise_) {
             const Index n = readout.samples;
-            if (readout.channels != raw_.shape.coils) {
-                raw_.warnings.push_back(file_fault(path_, "a noise readout with " + std::to_string(readout.channels) +
-                                                              " channels instead of " + std::to_string(raw_.shape.coils) + " is left out"));
-                continue;
-            }
             for (Index c = 0; c < raw_.shape.coils; ++c) {
                 std::copy(readout.values.begin() + c * n, readout.values.begin() + (c + 1) * n, raw_.noise.begin() + c * samples + row);
             }
@@ -409,7 +461,44 @@ private:
         raw_.noise_variance_scale = static_cast<float>(scale);
     }
 
+    // Noise readouts of another channel count than the image's, or with no
+    // sample kept, are named in one warning and in the notes, and left out.
+    void leave_out_unusable_noise()
+    {
+        std::string numbers;
+        Index left_out = 0;
+        for (auto it = noise_.begin(); it != noise_.end();) {
+            if (it->channels == raw_.shape.coils && it->samples > 0) {
+                ++it;
+                continue;
+            }
+            if (left_out < 3) {
+                numbers += (left_out == 0 ? "" : ", ") + std::to_string(it->number) + " (" +
+                           (it->samples > 0 ? std::to_string(it->channels) + " channels" : std::string("no sample kept")) + ")";
+            }
+            ++left_out;
+            it = noise_.erase(it);
+        }
+        if (left_out > 0) {
+            const std::string how_many = std::to_string(left_out) + " of " + std::to_string(left_out + noise_.size());
+            raw_.notes.push_back(how_many + " noise readouts left out");
+            raw_.warnings.push_back(file_fault(path_, how_many + " noise readouts left out, the image having " +
+                                                          std::to_string(raw_.shape.coils) + " channels: readouts " + numbers +
+                                                          (left_out > 3 ? ", ..." : "")));
+        }
+    }
+
+    static std::string samples_text(const ReadoutPlacement& p)
+    {
+        std::string text = std::to_string(p.samples) + " centred at " + std::to_string(p.centre_sample);
+        if (p.discard_pre > 0 || p.discard_post > 0) {
+            text += ", discarding " + std::to_string(p.discard_pre) + " and " + std::to_string(p.discard_post);
+        }
+        return text;
+    }
+
     std::string path_;
+    ISMRMRD::Encoding encoding_;
     RawKspace raw_;
     Index encoded_x_ = 1;
     PhaseAxis y_;
@@ -418,13 +507,13 @@ private:
     std::unique_ptr<ReadoutCrop> crop_;
     std::vector<std::complex<float>> line_;
     std::vector<std::complex<float>> cropped_;
-    std::vector<double> energy_x_, energy_y_, energy_z_;
     std::map<Counters, Volume> volumes_;
     std::array<Index, VOLUME_COUNTERS> extent_{1, 1, 1, 1, 1, 1};
-    std::vector<char> held_;
+    std::vector<Index> held_;
     std::vector<NoiseReadout> noise_;
     float noise_time_us_ = 0;
-    Index duplicates_ = 0;
+    Index number_ = 0;   // of the next readout in the file
+    Index repeats_ = 0;  // readouts placed on a line already held
 };
 
 ISMRMRD::Encoding first_encoding(const std::string& path, const std::string& xml)

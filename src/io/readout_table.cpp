@@ -57,6 +57,8 @@ hid_t header_type()
     insert(t, "acquisition_time_stamp", HOFFSET(Header, acquisition_time_stamp), H5T_NATIVE_UINT32, false);
     insert(t, "number_of_samples", HOFFSET(Header, number_of_samples), H5T_NATIVE_UINT16, false);
     insert(t, "active_channels", HOFFSET(Header, active_channels), H5T_NATIVE_UINT16, false);
+    insert(t, "discard_pre", HOFFSET(Header, discard_pre), H5T_NATIVE_UINT16, false);
+    insert(t, "discard_post", HOFFSET(Header, discard_post), H5T_NATIVE_UINT16, false);
     insert(t, "center_sample", HOFFSET(Header, center_sample), H5T_NATIVE_UINT16, false);
     insert(t, "encoding_space_ref", HOFFSET(Header, encoding_space_ref), H5T_NATIVE_UINT16, false);
     insert(t, "sample_time_us", HOFFSET(Header, sample_time_us), H5T_NATIVE_FLOAT, false);

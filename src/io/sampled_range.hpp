@@ -11,8 +11,9 @@
 //    and holds more than four times the energy at the declared centre): an
 //    error naming both positions; moving k = 0 would change the sampled
 //    ranges and the image phase behind the user's back;
-//  - limits (minimum, maximum) that differ from the held block: a warning, and
-//    the held block is used, since the readouts show it unambiguously.
+//  - limits (minimum, maximum) wider than the held block: a warning, and the
+//    held block is used, since the readouts show it unambiguously (readouts
+//    outside the limits were refused as they were read).
 
 #include <optional>
 #include <string>

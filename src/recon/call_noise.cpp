@@ -57,36 +57,18 @@ CallNoise call_noise(const ReconSettings& settings, const ArrayLayout& layout, b
     for (std::size_t i = 0; i < scaled.size(); ++i) {
         scaled[i] = acq->noise[i] * gain;
     }
-    if (acq->noise_coils > 1) {
-        return pooled_scan(scaled, {acq->noise_samples, acq->noise_coils}, 1);
-    }
-    double power = 0.0;
-    for (const Complex& v : scaled) {
-        power += std::norm(std::complex<double>(v));
-    }
-    CallNoise noise;
-    noise.covariance = {Complex(static_cast<float>(power / static_cast<double>(scaled.size())), 0.0f)};
-    noise.rows = noise.columns = 1;
+    CallNoise noise = pooled_scan(scaled, {acq->noise_samples, acq->noise_coils}, 1);
+    noise.name = "The covariance of the noise readouts";
     return noise;
 }
 
-void use_noise(const CallNoise& noise, int exponent, ReconOptions& options, std::vector<Complex>& scan_storage)
+void use_noise(const CallNoise& noise, int exponent, ReconOptions& options)
 {
-    options.noise_covariance.resize(noise.covariance.size());
-    for (std::size_t i = 0; i < noise.covariance.size(); ++i) {
-        options.noise_covariance[i] = Complex(std::ldexp(noise.covariance[i].real(), -2 * exponent),
-                                              std::ldexp(noise.covariance[i].imag(), -2 * exponent));
-    }
+    options.noise_covariance = noise.covariance;
     options.covariance_rows = noise.rows;
     options.covariance_columns = noise.columns;
-    options.noise_scan = nullptr;
-    if (!noise.scan.empty()) {
-        scan_storage.resize(noise.scan.size());
-        for (std::size_t i = 0; i < noise.scan.size(); ++i) {
-            scan_storage[i] = Complex(std::ldexp(noise.scan[i].real(), -exponent),
-                                      std::ldexp(noise.scan[i].imag(), -exponent));
-        }
-        options.noise_scan = scan_storage.data();
-        options.noise_scan_shape = noise.scan_shape;
-    }
+    options.noise_scan = noise.scan.empty() ? nullptr : noise.scan.data();
+    options.noise_scan_shape = noise.scan_shape;
+    options.noise_exponent = exponent;
+    options.noise_name = noise.name;
 }

@@ -13,12 +13,13 @@ struct CallNoise {
     Index rows = 0, columns = 0;
     std::vector<Complex> scan;        // samples (x), 1, 1, coils, at the caller's scale
     ReconShape scan_shape;
+    std::string name = "NoiseCovariance";  // for messages
 };
 
 // `acquisition_noise`: whether the acquisition's readouts may serve (the call
 // names neither 'Coils' nor 'NoiseCovariance').
 CallNoise call_noise(const ReconSettings& settings, const ArrayLayout& layout, bool acquisition_noise);
 
-// The noise of `noise` in `options`, for data divided by 2^exponent: the
-// covariance over 4^exponent, the scan (copied into `scan_storage`) over 2^exponent.
-void use_noise(const CallNoise& noise, int exponent, ReconOptions& options, std::vector<Complex>& scan_storage);
+// The noise of `noise` in `options` (the scan by reference), for data
+// divided by 2^exponent.
+void use_noise(const CallNoise& noise, int exponent, ReconOptions& options);

@@ -1,5 +1,6 @@
 #include "recon/noise_level.hpp"
 
+#include <cfloat>
 #include <cmath>
 
 #include "recon/noise_estimate.hpp"
@@ -10,6 +11,12 @@ namespace {
 // high frequencies (8 noiseless samples of a smooth object gave a "noise"
 // level that wiped out the synthesised half).
 constexpr Index least_samples_to_estimate = 1024;
+
+// A noise power of the data at unit scale in single precision: a noise so far
+// below the data that its power underflows is none; one so far above that it
+// overflows is taken as the largest float, which the weighting reads as
+// nothing but noise.
+float unit_power(double power) { return static_cast<float>(std::min(power, static_cast<double>(FLT_MAX))); }
 
 }  // namespace
 
@@ -23,13 +30,13 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
                        const VolumeTransform& transform)
 {
     NoiseLevel level;
-    CoilMatrix covariance;
+    ScaledCovariance covariance;
     if (options.noise_scan != nullptr) {
         level.source = NoiseSource::noise_scan;
         covariance = noise_covariance_from_scan(options.noise_scan, options.noise_scan_shape, shape.coils);
     } else if (!options.noise_covariance.empty()) {
         level.source = NoiseSource::covariance;
-        covariance = options.noise_covariance;
+        covariance.matrix = options.noise_covariance;
     } else if (options.noise_adaptive && shape.voxels() >= least_samples_to_estimate) {
         level.source = NoiseSource::estimated;
         // A range over the whole axis is a fully sampled axis, whichever way it is given.
@@ -50,17 +57,20 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
         return level;
     }
 
+    // The covariance's entries are the data's noise powers times 4^to_data.
+    const int to_data = covariance.exponent - options.noise_exponent;
     double mean = 0.0;
-    for (float power : coil_noise_powers(covariance, shape.coils)) {
-        level.coil_sigma.push_back(std::sqrt(power));
+    for (float power : coil_noise_powers(covariance.matrix, shape.coils)) {
+        level.coil_sigma.push_back(std::sqrt(unit_power(std::ldexp(power, 2 * to_data))));
         mean += power / static_cast<double>(shape.coils);
     }
-    level.coil_power.assign(static_cast<std::size_t>(shape.coils * shape.volumes), static_cast<float>(mean));
+    level.coil_power.assign(static_cast<std::size_t>(shape.coils * shape.volumes), unit_power(std::ldexp(mean, 2 * to_data)));
     for (Index v = 1; v < shape.volumes; ++v) {
         level.coil_sigma.insert(level.coil_sigma.end(), level.coil_sigma.begin(), level.coil_sigma.begin() + shape.coils);
     }
     if (shape.coils > 1) {
-        level.whitening = noise_whitening_matrix(covariance.data(), shape.coils, shape.coils, shape.coils);
+        level.whitening = noise_whitening_matrix(covariance.matrix.data(), shape.coils, shape.coils, shape.coils,
+                                                 options.noise_name);
         const float g = static_cast<float>(std::sqrt(mean));
         for (Complex& w : level.whitening) {
             w *= g;

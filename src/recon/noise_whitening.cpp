@@ -17,7 +17,7 @@ using ComplexD = std::complex<double>;
 
 }  // namespace
 
-CoilMatrix noise_covariance_from_scan(const std::complex<float>* scan, const ReconShape& scan_shape, Index coils)
+ScaledCovariance noise_covariance_from_scan(const std::complex<float>* scan, const ReconShape& scan_shape, Index coils)
 {
     if (scan_shape.coils != coils) {
         refuse("The noise scan has " + std::to_string(scan_shape.coils) + " coils; the k-space has " +
@@ -43,21 +43,32 @@ CoilMatrix noise_covariance_from_scan(const std::complex<float>* scan, const Rec
             }
         }
     }
-    CoilMatrix covariance(static_cast<std::size_t>(coils * coils));
+    double largest = 0.0;
+    for (Index c = 0; c < coils; ++c) {
+        largest = std::max(largest, sum[static_cast<std::size_t>(c + c * coils)].real() / static_cast<double>(samples));
+    }
+    ScaledCovariance covariance{CoilMatrix(static_cast<std::size_t>(coils * coils)), 0};
+    if (largest > 0.0) {
+        int e = 0;
+        std::frexp(largest, &e);  // largest in [2^(e-1), 2^e)
+        covariance.exponent = static_cast<int>(std::floor((e - 1) / 2.0));
+    }
     for (Index j = 0; j < coils; ++j) {
         for (Index i = j; i < coils; ++i) {
-            const ComplexD value = sum[static_cast<std::size_t>(i + j * coils)] / static_cast<double>(samples);
-            covariance[static_cast<std::size_t>(i + j * coils)] = std::complex<float>(value);
-            covariance[static_cast<std::size_t>(j + i * coils)] = std::complex<float>(std::conj(value));
+            const ComplexD value = std::ldexp(1.0, -2 * covariance.exponent) * sum[static_cast<std::size_t>(i + j * coils)] /
+                                   static_cast<double>(samples);
+            covariance.matrix[static_cast<std::size_t>(i + j * coils)] = std::complex<float>(value);
+            covariance.matrix[static_cast<std::size_t>(j + i * coils)] = std::complex<float>(std::conj(value));
         }
     }
     return covariance;
 }
 
-CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index rows, Index columns, Index coils)
+CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index rows, Index columns, Index coils,
+                                  const std::string& name)
 {
     if (rows != coils || columns != coils) {
-        refuse("NoiseCovariance must be " + std::to_string(coils) + "-by-" + std::to_string(coils) +
+        refuse(name + " must be " + std::to_string(coils) + "-by-" + std::to_string(coils) +
                " (one row and column per coil); it is " + std::to_string(rows) + "-by-" + std::to_string(columns) +
                ".");
     }
@@ -66,7 +77,7 @@ CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index r
     for (Index j = 0; j < coils; ++j) {
         for (Index i = 0; i < coils; ++i) {
             if (!std::isfinite(at(i, j).real()) || !std::isfinite(at(i, j).imag())) {
-                refuse("NoiseCovariance must hold finite values.");
+                refuse(name + " must hold finite values.");
             }
         }
         largest = std::max(largest, std::abs(at(j, j)));
@@ -74,7 +85,7 @@ CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index r
     for (Index j = 0; j < coils; ++j) {
         for (Index i = j; i < coils; ++i) {
             if (std::abs(at(i, j) - std::conj(at(j, i))) > 1e-4 * largest) {
-                refuse("NoiseCovariance must be Hermitian (equal to its conjugate transpose).");
+                refuse(name + " must be Hermitian (equal to its conjugate transpose).");
             }
         }
     }
@@ -88,7 +99,7 @@ CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index r
             pivot -= std::norm(l(j, k));
         }
         if (!(pivot > 1e-7 * largest)) {
-            refuse("NoiseCovariance must be positive definite.");
+            refuse(name + " must be positive definite.");
         }
         l(j, j) = std::sqrt(pivot);
         for (Index i = j + 1; i < coils; ++i) {

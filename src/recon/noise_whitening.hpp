@@ -7,6 +7,7 @@
 // (i, j) at i + j * coils), as the M-code hands them over.
 
 #include <complex>
+#include <string>
 #include <vector>
 
 #include "recon/recon_shape.hpp"
@@ -16,9 +17,16 @@ using CoilMatrix = std::vector<std::complex<float>>;
 // Noise covariance of a noise-only scan, shape x, y, z, coils, volumes (all
 // samples except the coil index are noise samples of the same distribution):
 //   psi(i, j) = (1 / M) * sum_s n_i(s) * conj(n_j(s)),  M = voxels * volumes,
-// accumulated in double. Throws homodyne:badInput when the scan's coil count
-// differs from `coils` or the scan holds no sample.
-CoilMatrix noise_covariance_from_scan(const std::complex<float>* scan, const ReconShape& scan_shape, Index coils);
+// accumulated in double and returned over 4^exponent, the largest diagonal
+// entry in [1, 4) (exponent 0 for an all-zero scan), so that the squares of
+// noise of any single-precision scale stay normal numbers. Throws
+// homodyne:badInput when the scan's coil count differs from `coils` or the
+// scan holds no sample.
+struct ScaledCovariance {
+    CoilMatrix matrix;
+    int exponent = 0;
+};
+ScaledCovariance noise_covariance_from_scan(const std::complex<float>* scan, const ReconShape& scan_shape, Index coils);
 
 // Checks a covariance given as a rows x columns matrix for `coils` coils and
 // returns its whitening matrix W = inverse(L), L the lower Cholesky factor
@@ -27,7 +35,9 @@ CoilMatrix noise_covariance_from_scan(const std::complex<float>* scan, const Rec
 // coils x coils, holds a non-finite value, is not Hermitian (|psi(i,j) -
 // conj(psi(j,i))| above 1e-4 of the largest diagonal entry) or not positive
 // definite (a Cholesky pivot at or below 1e-7 of the largest diagonal entry).
-CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index rows, Index columns, Index coils);
+// `name` names the matrix in the messages.
+CoilMatrix noise_whitening_matrix(const std::complex<float>* covariance, Index rows, Index columns, Index coils,
+                                  const std::string& name = "NoiseCovariance");
 
 // Replaces the coil vector x of every voxel and volume by W * x, in place;
 // `data` has `shape` (x, y, z, coils, volumes) and W is a lower-triangular

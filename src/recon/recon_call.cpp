@@ -112,8 +112,7 @@ ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input)
         labels = labels_of("the detected");
     }
     ReconOptions checked = call.options;
-    std::vector<Complex> scan;
-    use_noise(call.noise, exponent, checked, scan);
+    use_noise(call.noise, exponent, checked);
     validate_options(checked, call.shape, labels);
     if (settings.ranges || settings.partial_fourier || settings.acquisition) {
         call.detection = check_given_ranges(call.options.ranges, labels, call.shape, energies);
@@ -157,8 +156,7 @@ ReconInfo execute(const ReconPlan& plan, const KspaceInput& input, const ReconBu
     }
 
     ReconOptions options = call.options;
-    std::vector<Complex> scan;
-    use_noise(call.noise, info.scale_exponent, options, scan);
+    use_noise(call.noise, info.scale_exponent, options);
     options.keep_sensitivities = buffers.sensitivities != nullptr;
 
     // Results in the caller's order, straight into its buffers where that is

@@ -96,7 +96,7 @@ void validate_options(const ReconOptions& options, const ReconShape& shape, cons
             throw ReconError("homodyne:internal", "The noise covariance's size does not match its values.");
         }
         noise_whitening_matrix(options.noise_covariance.data(), options.covariance_rows, options.covariance_columns,
-                               shape.coils);
+                               shape.coils, options.noise_name);
     }
     if (options.noise_scan != nullptr && options.noise_scan_shape.coils != shape.coils) {
         throw ReconError("homodyne:badInput", "The noise scan of 'NoiseCovariance' has " +

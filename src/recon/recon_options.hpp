@@ -44,6 +44,14 @@ struct ReconOptions {
     // whose covariance serves instead.
     const std::complex<float>* noise_scan = nullptr;
     ReconShape noise_scan_shape;
+    // The covariance or scan is at the data's scale times 2^noise_exponent
+    // (the covariance at 4^noise_exponent): data brought to unit scale leave
+    // their noise reference as it is, and the one exponent relates the two
+    // in double precision, so that noise far below or above the data never
+    // squares out of single precision.
+    int noise_exponent = 0;
+    // The covariance or scan as messages name it.
+    std::string noise_name = "NoiseCovariance";
     bool keep_sensitivities = false;  // hand the coil sensitivities back in the report
 };
 

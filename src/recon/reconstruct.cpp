@@ -100,20 +100,14 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
         return reconstruct_unit_scale(shape, kspace, options, image, phase, plans);
     }
     // Data of any other scale run at unit scale, the noise covariance or scan
-    // with them. A power of two changes no digit, so the result is that of the
-    // unit-scale data times 2^exponent, bit for bit, and no step sees its
-    // squares or fourth powers (the sensitivities' power iteration, the noise
-    // estimate, the weighting) underflow or overflow single precision.
+    // related to them by the same exponent (see noise_exponent). A power of
+    // two changes no digit, so the result is that of the unit-scale data
+    // times 2^exponent, bit for bit, and no step sees its squares or fourth
+    // powers (the sensitivities' power iteration, the noise estimate, the
+    // weighting) underflow or overflow single precision.
     const std::vector<Complex> unit_kspace = times_power_of_two(kspace, shape.samples(), -exponent);
     ReconOptions unit_options = options;
-    for (Complex& value : unit_options.noise_covariance) {
-        value = Complex(std::ldexp(value.real(), -2 * exponent), std::ldexp(value.imag(), -2 * exponent));
-    }
-    std::vector<Complex> unit_scan;
-    if (options.noise_scan != nullptr) {
-        unit_scan = times_power_of_two(options.noise_scan, options.noise_scan_shape.samples(), -exponent);
-        unit_options.noise_scan = unit_scan.data();
-    }
+    unit_options.noise_exponent += exponent;
     ReconReport report = reconstruct_unit_scale(shape, unit_kspace.data(), unit_options, image, phase, plans);
     const Index values = shape.voxels() * result_images(shape, options) * values_per_sample(options.output);
     for (Index i = 0; i < values; ++i) {

@@ -45,9 +45,20 @@ std::string header_xml(const SyntheticScan& scan, Index coils)
     e.encodingLimits.kspace_encoding_step_2 = ISMRMRD::Limit(z.first + nz / 2, z.last + nz / 2, nz / 2);
     e.encodingLimits.repetition = ISMRMRD::Limit(0, scan.shape.volumes - 1, 0);
     h.encoding.push_back(e);
+    if (scan.edit_header) {
+        scan.edit_header(h);
+    }
     std::ostringstream xml;
     ISMRMRD::serialize(h, xml);
     return xml.str();
+}
+
+void store(ISMRMRD::Dataset& dataset, ISMRMRD::Acquisition& acq, const SyntheticScan& scan)
+{
+    const int copies = scan.edit_readout ? scan.edit_readout(acq) : 1;
+    for (int c = 0; c < copies; ++c) {
+        dataset.appendAcquisition(acq);
+    }
 }
 
 }  // namespace
@@ -97,7 +108,7 @@ void write_scan_file(const std::string& path, const SyntheticScan& scan)
         for (auto* value = acq.data_begin(); value != acq.data_end(); ++value) {
             *value = {gauss(random), gauss(random)};
         }
-        dataset.appendAcquisition(acq);
+        store(dataset, acq, scan);
     }
 
     const KRange y = block(scan.keep, AXIS_Y, s.n[1]);
@@ -127,7 +138,7 @@ void write_scan_file(const std::string& path, const SyntheticScan& scan)
                     std::copy(full.begin() + x.first + readout / 2, full.begin() + x.last + readout / 2 + 1,
                               acq.getDataPtr() + c * samples);
                 }
-                dataset.appendAcquisition(acq);
+                store(dataset, acq, scan);
             }
         }
     }

@@ -2,9 +2,14 @@
 // Writes ISMRMRD raw-data files from a known k-space, for the tests: only the
 // readouts inside the kept ranges (partial Fourier at either end, on any
 // axes, partial echo on x), optionally with readout oversampling and
-// noise-only readouts, and optionally with a header that lies.
+// noise-only readouts, and optionally with a header that lies or readouts
+// changed after they were made.
+
+#include <ismrmrd/ismrmrd.h>
+#include <ismrmrd/xml.h>
 
 #include <complex>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,6 +31,11 @@ struct SyntheticScan {
     Index declared_centre_shift_y = 0;
     bool declare_full_y = false;
     std::vector<Index> dropped_ky;
+    // Any other mutation: of the XML header before it is written, and of
+    // every readout (noise readouts first) before it is stored, as many times
+    // as edit_readout returns.
+    std::function<void(ISMRMRD::IsmrmrdHeader&)> edit_header;
+    std::function<int(ISMRMRD::Acquisition&)> edit_readout;
 };
 
 // Writes `scan` to `path` (replacing it) as dataset "dataset".

@@ -165,6 +165,60 @@ TEST(CommandLine, ImagesEqualTheCoreOnTheSameKspace)
     EXPECT_GT(std::filesystem::file_size(png), 0u);
 }
 
+// The data readouts 2^100 above or below the noise readouts: the noise
+// reference keeps its own scale, so both reconstruct; far above, the noise
+// weighs nothing and the images are those of unit scale without the
+// noise-adaptive step, times 2^100.
+TEST(CommandLine, DataFarFromTheNoiseReadoutsReconstruct)
+{
+    SyntheticScan scan = partial_scan();
+    scan.noise_readouts = 8;
+    const std::string unit = data_file("unit.h5"), scaled = data_file("scaled.h5"), out = data_file("scaled_images.h5");
+    write_scan_file(unit, scan);
+    const std::vector<float> expected = core_images<float>(
+        unit, {{"Output", OptionValue::of_text("magnitude")}, {"NoiseAdaptive", OptionValue::of_boolean(false)}});
+    for (const int exponent : {100, -100}) {
+        scan.edit_readout = [exponent](ISMRMRD::Acquisition& r) {
+            for (auto* v = r.data_begin(); !r.isFlagSet(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT) && v != r.data_end(); ++v) {
+                *v = {std::ldexp(v->real(), exponent), std::ldexp(v->imag(), exponent)};
+            }
+            return 1;
+        };
+        write_scan_file(scaled, scan);
+        const ProgramRun run = homodyne_recon("--output magnitude \"" + scaled + "\" \"" + out + "\"");
+        ASSERT_EQ(run.status, 0) << run.errors;
+        std::vector<float> images = images_in<float>(out, 2, {16, 16, 4, 1});
+        EXPECT_TRUE(std::all_of(images.begin(), images.end(), [](float v) { return std::isfinite(v); }));
+        if (exponent > 0) {
+            for (float& v : images) {
+                v = std::ldexp(v, -exponent);
+            }
+            expect_within_rounding(images, expected);
+        }
+    }
+}
+
+// Noise readouts the reader left out are named even in a quiet run.
+TEST(CommandLine, QuietRunsStillNameReadoutsLeftOut)
+{
+    SyntheticScan scan = partial_scan();
+    scan.noise_readouts = 8;
+    int noise_readouts = 0;
+    scan.edit_readout = [&noise_readouts](ISMRMRD::Acquisition& r) {
+        if (r.isFlagSet(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT) && noise_readouts++ < 2) {
+            r.resize(r.number_of_samples(), 1);
+        }
+        return 1;
+    };
+    const std::string in = data_file("noise_channels.h5"), out = data_file("noise_channels_images.h5");
+    write_scan_file(in, scan);
+    const ProgramRun run = homodyne_recon("--quiet \"" + in + "\" \"" + out + "\"");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors.rfind("homodyne-recon: wrote " + out, 0), 0u) << run.errors;
+    EXPECT_NE(run.errors.find(", 2 of 8 noise readouts left out, "), std::string::npos) << run.errors;
+    EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << run.errors;
+}
+
 TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
 {
     const std::string good = data_file("good.h5"), out = data_file("never.h5"), png = data_file("never.png");
@@ -182,6 +236,14 @@ TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
     std::ofstream(lying + ".hdr") << "# Dimensions\n16 16\n";
     std::ofstream(lying + ".cfl", std::ios::binary) << std::string(1000, '\0');
     std::ofstream(no_header + ".cfl", std::ios::binary) << std::string(8, '\0');
+    // Files that contradict their header (the reader's table has every rule).
+    const std::string huge = data_file("huge.h5"), slice = data_file("slice.h5");
+    scan.keep[AXIS_Y] = KRange{-8, 3};
+    scan.edit_header = [](ISMRMRD::IsmrmrdHeader& h) { h.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(65535, 65535, 4); };
+    write_scan_file(huge, scan);
+    scan.edit_header = [](ISMRMRD::IsmrmrdHeader& h) { h.encoding[0].encodingLimits.slice = ISMRMRD::Limit(0, 0, 0); };
+    scan.edit_readout = [](ISMRMRD::Acquisition& r) { r.idx().slice = 7; return 1; };
+    write_scan_file(slice, scan);
     const std::string outputs = " " + out + " --png " + png;
     const struct {
         std::string arguments, message;
@@ -193,6 +255,8 @@ TEST(CommandLine, BadFilesAndOptionsNameTheFaultAndWriteNothing)
         {truncated + outputs, truncated + ": ", 1},
         {no_header + ".cfl" + outputs, no_header + ".hdr: no such file", 1},
         {lying + ".cfl" + outputs, lying + ".cfl: holds 1000 bytes, but", 1},
+        {huge + outputs, huge + ": encodedSpace matrixSize x is 65535", 1},
+        {slice + outputs, slice + ": readout 0 has slice = 7", 1},
         {"--method homodyne " + narrow + outputs, narrow + ": the acquisition's y range [-8 0] covers 53 %", 1},
         {"--colour red " + good + outputs, "--colour: unknown option", 2},
         {good + outputs + " --iterations", "--iterations: needs a value", 2},

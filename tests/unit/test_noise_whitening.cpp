@@ -35,7 +35,7 @@ TEST(NoiseWhitening, ScanCovarianceAndRefusedMatrices)
     shape.n = {2, 1, 1};
     shape.coils = 2;
     const std::vector<C> scan{{1, 0}, {1, 0}, {0, 1}, {1, 0}};
-    const CoilMatrix psi = noise_covariance_from_scan(scan.data(), shape, 2);
+    const CoilMatrix psi = noise_covariance_from_scan(scan.data(), shape, 2).matrix;
     EXPECT_EQ(psi, (CoilMatrix{{1, 0}, {0.5f, 0.5f}, {0.5f, -0.5f}, {1, 0}}));
     EXPECT_EQ(coil_noise_powers(psi, 2), (std::vector<float>{1.0f, 1.0f}));
 

@@ -10,11 +10,13 @@
 
 #include <hdf5.h>
 
+#include <chrono>
 #include <cmath>
 #include <complex>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <sstream>
 
@@ -208,20 +210,99 @@ TEST(RawKspace, BadFilesNameTheFileAndTheFault)
     write_scan_file(noise_only, scan);
     EXPECT_NE(fault_of(noise_only).find("no readouts of the image"), std::string::npos);
 
-    // A header whose matrix would need 2^48 samples per coil.
-    const std::string absurd = data_file("absurd.h5");
-    std::string xml;
-    ISMRMRD::Dataset(noise_only.c_str(), "dataset", false).readHeader(xml);
-    ISMRMRD::IsmrmrdHeader header;
-    ISMRMRD::deserialize(xml.c_str(), header);
-    header.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(65535, 65535, 65535);
-    std::ostringstream huge;
-    ISMRMRD::serialize(header, huge);
-    std::remove(absurd.c_str());
-    ISMRMRD::Dataset dataset(absurd.c_str(), "dataset", true);
-    dataset.writeHeader(huge.str());
-    dataset.appendAcquisition(ISMRMRD::Acquisition(8, 2));
-    EXPECT_NE(fault_of(absurd).find("absurd sizes"), std::string::npos);
+}
+
+// Files whose header and readouts contradict each other, made from one
+// partial-Fourier scan (readouts 0-3 noise, 4-13 the lines ky = -6 .. 3, the
+// centre line readout 10): each refused within 2 s naming the field or
+// readout at fault, before a buffer of the header's sizes is made.
+TEST(RawKspace, ContradictionsRefusedFastNamingTheFault)
+{
+    using Head = ISMRMRD::IsmrmrdHeader;
+    using Readout = ISMRMRD::Acquisition;
+    const auto centre_line = [](Readout& r) { return !r.isFlagSet(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT) && r.idx().kspace_encode_step_1 == 6; };
+    const struct {
+        std::function<void(Head&)> header;
+        std::function<int(Readout&)> readout;
+        std::string fault;
+    } cases[] = {
+        {[](Head& h) { h.encoding[0].encodedSpace.matrixSize.x = 64; }, nullptr,
+         "encodedSpace matrixSize x is 64 (reconSpace 16) but the readouts hold 16 samples centred at sample 8, which reach neither end"},
+        {[](Head& h) { h.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(65535, 65535, 1); }, nullptr,
+         "encodedSpace matrixSize x is 65535"},
+        {[](Head& h) { h.encoding[0].encodedSpace.matrixSize.y = 65535; }, nullptr,
+         "encodedSpace matrixSize y is 65535 but encodingLimits kspace_encoding_step_1 0 .. 9 (centre 6) cover less than half of it"},
+        {[](Head& h) {
+             h.encoding[0].encodedSpace.matrixSize = ISMRMRD::MatrixSize(16, 65535, 65535);
+             h.encoding[0].encodingLimits.kspace_encoding_step_1 = h.encoding[0].encodingLimits.kspace_encoding_step_2 =
+                 ISMRMRD::Limit(0, 65534, 32767);
+         },
+         nullptr, "the header's matrix and the readouts' channels need 1099.5 GB of k-space, more than half of this machine's"},
+        {[](Head& h) { h.encoding[0].encodingLimits.slice = ISMRMRD::Limit(0, 0, 0); },
+         [](Readout& r) { r.idx().slice = 7; return 1; },
+         "readout 4 has slice = 7, outside the header's encoding limits 0 .. 0"},
+        {nullptr, [&](Readout& r) { if (centre_line(r)) r.idx().kspace_encode_step_1 = 11; return 1; },
+         "readout 10 has kspace_encode_step_1 = 11, outside the header's encoding limits 0 .. 9"},
+        {nullptr, [&](Readout& r) { if (centre_line(r)) r.discard_pre() = 16; return 1; },
+         "readout 10 keeps no sample: discard_pre 16 and discard_post 0 of its 16 samples"},
+    };
+    SyntheticScan scan = peaked_scan(shape_of(16, 12, 1, 2, 1));
+    scan.keep[AXIS_Y] = KRange{-6, 3};
+    scan.noise_readouts = 4;
+    const std::string path = data_file("contradiction.h5");
+    for (const auto& c : cases) {
+        scan.edit_header = c.header;
+        scan.edit_readout = c.readout;
+        write_scan_file(path, scan);
+        const auto started = std::chrono::steady_clock::now();
+        EXPECT_NE(fault_of(path).find(c.fault), std::string::npos) << c.fault;
+        EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count(), 2.0) << c.fault;
+    }
+}
+
+// Readouts used otherwise than as stored, each with the warning that says so.
+TEST(RawKspace, DiscardsRepeatsAndUnusableNoiseReadouts)
+{
+    using Readout = ISMRMRD::Acquisition;
+    SyntheticScan scan = peaked_scan(shape_of(16, 12, 1, 2, 1));
+    scan.keep[AXIS_Y] = KRange{-6, 3};
+    scan.noise_readouts = 4;
+    const std::string path = data_file("used_otherwise.h5");
+
+    scan.edit_readout = [](Readout& r) { r.discard_pre() = 3; r.discard_post() = 1; return 1; };
+    write_scan_file(path, scan);
+    RawKspace raw = read_raw_kspace(path);
+    scan.keep[AXIS_X] = KRange{-5, 6};
+    EXPECT_TRUE(raw.kspace == kept_kspace(scan));
+    EXPECT_EQ(raw.ranges[AXIS_X]->first, -5);
+    EXPECT_EQ(raw.noise_samples, 4 * 12);
+    scan.keep[AXIS_X].reset();
+
+    // The centre line stored 50 times: its mean is the line.
+    scan.edit_readout = [](Readout& r) { return r.idx().kspace_encode_step_1 == 6 ? 50 : 1; };
+    write_scan_file(path, scan);
+    raw = read_raw_kspace(path);
+    const std::vector<std::complex<float>> kept = kept_kspace(scan);
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+        ASSERT_LT(std::abs(raw.kspace[i] - kept[i]), 1e-6f * std::abs(kept[i]) + 1e-30f) << i;
+    }
+    EXPECT_EQ(raw.notes, std::vector<std::string>{"49 repeated readouts averaged"});
+    ASSERT_EQ(raw.warnings.size(), 1u);
+    EXPECT_NE(raw.warnings[0].find("49 readouts repeat the counters of an earlier one"), std::string::npos);
+
+    int noise_readouts = 0;
+    scan.edit_readout = [&noise_readouts](Readout& r) {
+        if (r.isFlagSet(ISMRMRD::ISMRMRD_ACQ_IS_NOISE_MEASUREMENT) && noise_readouts++ < 2) {
+            r.resize(r.number_of_samples(), 3);
+        }
+        return 1;
+    };
+    write_scan_file(path, scan);
+    raw = read_raw_kspace(path);
+    EXPECT_EQ(raw.noise_samples, 2 * 16);
+    EXPECT_EQ(raw.notes, std::vector<std::string>{"2 of 4 noise readouts left out"});
+    ASSERT_EQ(raw.warnings.size(), 1u);
+    EXPECT_NE(raw.warnings[0].find("readouts 0 (3 channels), 1 (3 channels)"), std::string::npos) << raw.warnings[0];
 }
 
 TEST(ImageWriters, IsmrmrdImagesAndPngMontageReadBack)

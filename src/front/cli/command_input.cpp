@@ -36,6 +36,7 @@ CommandInput read_command_input(const std::string& path, bool remove_oversamplin
     input.scan = std::make_unique<RawKspace>(read_raw_kspace(path, read));
     const RawKspace& scan = *input.scan;
     input.warnings = scan.warnings;
+    input.notes = scan.notes;
     input.kspace.data = scan.kspace.data();
     input.kspace.dims = {scan.shape.n[0], scan.shape.n[1], scan.shape.n[2], scan.shape.coils};
     input.kspace.dims.insert(input.kspace.dims.end(), scan.counter_sizes.begin(), scan.counter_sizes.end());

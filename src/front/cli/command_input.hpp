@@ -19,6 +19,7 @@ struct CommandInput {
     std::unique_ptr<RawKspace> scan;   // ISMRMRD input, else null
     std::vector<Complex> values;       // .cfl input
     std::vector<std::string> warnings;  // of the reader, one line each
+    std::vector<std::string> notes;     // of the reader, for the summary
 };
 
 // A name of BART's format: NAME.cfl or NAME.hdr.

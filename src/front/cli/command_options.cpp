@@ -105,7 +105,9 @@ const OwnRow own_options[] = {
      "written back when it grew (POCS measures its transforms once per\n"
      "image size, about 1.2 s at 256 x 256 x 64)",
      [](CommandOptions& o, const std::string& v) { o.wisdom = v; }},
-    {"--quiet", nullptr, "no warnings or summary on stderr; errors still shown",
+    {"--quiet", nullptr,
+     "no warnings or summary on stderr; errors still shown, and the summary\n"
+     "when readouts of the file were averaged or left out",
      [](CommandOptions& o, const std::string&) { o.quiet = true; }},
     {"--help", nullptr, "print this help and exit", [](CommandOptions& o, const std::string&) { o.help = true; }},
 };
@@ -234,7 +236,8 @@ std::string command_help()
     text +=
         "\n"
         "Warnings go to stderr, then a summary line (both left out with --quiet,\n"
-        "except warnings about the file, which the summary line keeps).\n"
+        "except the summary when readouts were averaged or left out: it names\n"
+        "them).\n"
         "Exit status: 0 done; 1 a fault of the file or its data (the message names\n"
         "the file); 2 a fault of the command line (the message names the option).\n";
     return text;

@@ -87,7 +87,8 @@ const char* combination_words(CoilCombination combination)
     return nullptr;
 }
 
-std::string summary(const CommandOptions& options, const Images& images, const ReconInfo& info, double seconds)
+std::string summary(const CommandOptions& options, const Images& images, const ReconInfo& info,
+                    const std::vector<std::string>& notes, double seconds)
 {
     const ReconShape& s = images.shape;
     const ReconReport& report = info.report;
@@ -102,6 +103,9 @@ std::string summary(const CommandOptions& options, const Images& images, const R
         line << ", prewhitened with the noise readouts";
     } else if (report.noise_source == NoiseSource::estimated) {
         line << ", noise level estimated";
+    }
+    for (const std::string& note : notes) {
+        line << ", " << note;
     }
     line << ", ";
     line.precision(2);
@@ -161,8 +165,10 @@ void run_command(const CommandOptions& options)
     if (!options.wisdom.empty()) {
         warn(options, save_wisdom(options.wisdom));
     }
-    if (!options.quiet) {
+    // Readouts averaged or left out change the images: the summary says so
+    // even when quiet.
+    if (!options.quiet || !input.notes.empty()) {
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - started;
-        std::cerr << summary(options, images, info, seconds.count()) << "\n";
+        std::cerr << summary(options, images, info, input.notes, seconds.count()) << "\n";
     }
 }
