@@ -77,13 +77,15 @@ fuzz:
 # beside Debian's bart and the vectorized chain, and the accuracy beside bart:
 # one table, printed and kept in out/bench/RESULTS.md (5 to 9 minutes); then
 # the command line on a 256 x 256 x 64, 8-coil file beside homodyne_recon in
-# memory, printed.
+# memory, printed; then the Dask example on 8 files with 1 and 2 workers and
+# the Python layer's cost on one 256 x 256 x 64, 8-coil call, printed.
 bench: mex
 	@scripts/ensure_deps.sh $(BENCH_PACKAGES) bart octave-bart
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
-	cmake --build $(BUILD_DIR) -j2 --target core_bench homodyne-recon make_scan_file dump_images
+	cmake --build $(BUILD_DIR) -j2 --target core_bench homodyne-recon make_scan_file dump_images homodyne_python
 	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); addpath('tests/common'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
 	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); compare_command_line('$(BUILD_DIR)');"
+	PYTHONPATH=$(BUILD_DIR)/python /usr/bin/python3 bench/dask_throughput.py $(BUILD_DIR)
 
 # The Octave package: out/homodyne-<version>.tar.gz, the version taken from
 # package/DESCRIPTION. Users type: pkg install out/homodyne-<version>.tar.gz
