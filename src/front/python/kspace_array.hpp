@@ -8,9 +8,9 @@
 #include "recon/kspace_input.hpp"
 
 // complex64, complex128, float32 or float64 in native byte order; TypeError
-// for any other object or element type, homodyne:badInput for a 0-d array or
-// strides that are not whole elements. The input refers into `array`, which
-// the caller keeps alive.
+// for any other object or element type, homodyne:badInput for a 0-d array,
+// an unaligned one or strides that are not whole elements. The input refers
+// into `array`, which the caller keeps alive.
 KspaceInput kspace_input_of(const pybind11::object& array);
 
 // Whether results come back in double precision (as the input's class).
