@@ -11,6 +11,7 @@ the files per second of 1; the Python layer <= 3 % of the core's time.
 """
 
 import os
+import subprocess
 import sys
 import tempfile
 import time
@@ -46,10 +47,21 @@ def files_per_second(workers, raw, out):
             return FILES / (time.perf_counter() - started)
 
 
+def plain_processes_per_second(processes, raw, out):
+    """Files per second of the same tasks in plain processes without Dask:
+    what the machine itself allows at the moment (other jobs share it)."""
+    os.makedirs(out, exist_ok=True)
+    paths = sorted(os.path.join(raw, name) for name in os.listdir(raw))
+    code = f"import sys, dask_folder\nfor p in sys.argv[1:]: dask_folder.reconstruct_file(p, {out!r}, {OPTIONS!r})"
+    started = time.perf_counter()
+    for process in [subprocess.Popen([sys.executable, "-c", code, *paths[i::processes]]) for i in range(processes)]:
+        process.wait()
+    return FILES / (time.perf_counter() - started)
+
+
 def python_overhead():
-    """Seconds of recon() as a whole, of Plan() (the core's checks, range
-    detection and FFTW plans), of plan.recon() and of the core's execution
-    within it (info["seconds"]["total"])."""
+    """Seconds of a first recon() of the size, of Plan() after it, of
+    plan.recon() and of the core's execution within it (info["seconds"]["total"])."""
     _, kspace = homodyne.phantom((256, 256, 64))
     kspace[:, : 128 - 32] = 0
     coils = np.empty(kspace.shape + (8,), np.complex64, order="F")
@@ -79,14 +91,16 @@ def main():
         write_files(raw)
         one = files_per_second(1, raw, os.path.join(folder, "one"))
         two = files_per_second(2, raw, os.path.join(folder, "two"))
+        plain = [plain_processes_per_second(n, raw, os.path.join(folder, f"plain{n}")) for n in (1, 2)]
     print(f"Dask, {FILES} files of 160 x 160 x 32 x 4 coils, POCS, 1 core thread per task:")
     print(f"  1 worker {one:.2f} files/s, 2 workers {two:.2f} files/s: {two / one:.2f}x (goal >= 1.7x)")
+    print(f"  the same in 1 and 2 plain processes: {plain[1] / plain[0]:.2f}x")
     whole, planning, execute, core = python_overhead()
     print("Python layer on 256 x 256 x 64 x 8 coils, POCS, adaptive combination:")
     print(f"  plan.recon() {execute:.2f} s, the core's time in it {core:.2f} s: "
           f"+{100 * (execute / core - 1):.1f} % in Python (goal <= 3 %)")
-    print(f"  recon() {whole:.2f} s: the core's checks, range detection and FFTW plans "
-          f"(Plan() {planning:.2f} s) and its execution")
+    print(f"  recon() {whole:.2f} s as the first call of this size, FFTW measuring its plans; "
+          f"Plan() after it (the core's checks, range detection, plans from FFTW's wisdom) {planning:.2f} s")
     print(f"Load average of the machine ({os.cpu_count()} cores) at the end: {os.getloadavg()[0]:.1f}")
 
 
