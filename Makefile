@@ -4,7 +4,7 @@
 BUILD_DIR ?= build
 OCTAVE := octave-cli --no-gui --quiet --norc
 MEX_PACKAGES := octave liboctave-dev g++ make pkg-config libfftw3-dev libismrmrd-dev libpng-dev
-PYTHON_PACKAGES := python3-pybind11 python3-numpy python3-venv python3-pip python3-setuptools python3-pytest python3-distributed
+PYTHON_PACKAGES := python3-dev python3-pybind11 python3-numpy python3-venv python3-pip python3-setuptools python3-pytest python3-distributed
 CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev ismrmrd-tools $(PYTHON_PACKAGES)
 BENCH_PACKAGES := $(CHECK_PACKAGES) libbenchmark-dev
 

@@ -1,7 +1,8 @@
 """Builds homodyne._core from the repository's C++ sources with the flags
 CMakeLists.txt gives the core: results are bit for bit in single precision,
 so no fused multiply-add and no value-changing optimisation. Debian packages
-needed: g++, pkg-config, libfftw3-dev, libismrmrd-dev, libpng-dev, python3-pybind11.
+needed: g++, pkg-config, libfftw3-dev, libismrmrd-dev, libpng-dev, python3-dev,
+python3-pybind11.
 
     python3 -m venv --system-site-packages VENV
     VENV/bin/pip install --no-build-isolation .
