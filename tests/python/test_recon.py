@@ -97,6 +97,7 @@ BAD_CALLS = [
     (None, {"ranges": "all"}, homodyne.Error, "homodyne:badOption", "ranges must be"),
     (None, {"ranges": [None, ("a", "b")]}, homodyne.Error, "homodyne:badRange", "ranges y range"),
     (None, {"ranges": [None, (-4, 11, 2)]}, homodyne.Error, "homodyne:badRange", "3 numbers"),
+    (None, {"partial_fourier": [None, 0.75j]}, homodyne.Error, "homodyne:badOption", "y entry must be None"),
     (None, {"iterations": {}}, homodyne.Error, "homodyne:badOption", "iterations cannot be a dict"),
     (None, {"method": 3}, homodyne.Error, "homodyne:badOption", "method"),
     (None, {"acq": {"ranges": []}, "acquisition": {"ranges": []}}, homodyne.Error, "homodyne:badOption", "once"),

@@ -29,8 +29,10 @@ bool is_real_number(const py::handle& value)
         return array.ndim() == 0 && (array.dtype().kind() == 'f' || array.dtype().kind() == 'i' ||
                                      array.dtype().kind() == 'u');
     }
+    const py::module_ numpy = py::module_::import("numpy");
     return !is_boolean(value) && (PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()) ||
-                                  py::isinstance(value, py::module_::import("numpy").attr("number")));
+                                  py::isinstance(value, numpy.attr("integer")) ||
+                                  py::isinstance(value, numpy.attr("floating")));
 }
 
 // Complex values column-major with their sizes (a matrix or a noise scan).
@@ -52,7 +54,8 @@ OptionValue array_value(const py::handle& value, const std::string& label)
 }
 
 // An entry of 'Ranges' or 'PartialFourier' (ranges' own message words for
-// the former): None, a number, or a few numbers.
+// the former): None or an empty sequence (Octave's []), a number, or a few
+// numbers.
 std::optional<std::vector<double>> entry_of(const py::handle& entry, const std::string& option, std::size_t axis)
 {
     if (entry.is_none()) {
@@ -71,13 +74,16 @@ std::optional<std::vector<double>> entry_of(const py::handle& entry, const std::
             }
             numbers.push_back(item.cast<double>());
         }
-        if (!numbers.empty() || py::len(entry) == 0) {
+        if (py::len(entry) == 0) {
+            return std::nullopt;
+        }
+        if (!numbers.empty()) {
             return numbers;
         }
     }
+    const std::string what = ranges ? " range must be None or (first, last)" : " entry must be None or a number";
     throw ReconError(ranges ? "homodyne:badRange" : "homodyne:badOption",
-                     "'" + option + "' " + "xyz"[axis] + (ranges ? " range must be None or (first, last)" : " entry must be None or a number") +
-                         ", not " + std::string(py::repr(entry)) + ".");
+                     "'" + option + "' " + "xyz"[axis] + what + ", not " + std::string(py::repr(entry)) + ".");
 }
 
 OptionValue list_value(const py::handle& value, const std::string& option)
