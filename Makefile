@@ -4,7 +4,8 @@
 BUILD_DIR ?= build
 OCTAVE := octave-cli --no-gui --quiet --norc
 MEX_PACKAGES := octave liboctave-dev g++ make pkg-config libfftw3-dev libismrmrd-dev libpng-dev
-CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev ismrmrd-tools
+PYTHON_PACKAGES := python3-dev python3-pybind11 python3-numpy python3-venv python3-pip python3-setuptools python3-pytest python3-distributed
+CHECK_PACKAGES := $(MEX_PACKAGES) cmake libgtest-dev ismrmrd-tools $(PYTHON_PACKAGES)
 BENCH_PACKAGES := $(CHECK_PACKAGES) libbenchmark-dev
 
 SANITIZE_BUILD_DIR ?= build-sanitize
@@ -12,7 +13,7 @@ FUZZ_BUILD_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 30
 FUZZ_PACKAGES := clang libclang-rt-14-dev cmake make
 
-.PHONY: all mex cli demo demo-scan check check-sanitize fuzz bench dist check-package clean
+.PHONY: all mex cli python demo demo-scan check check-sanitize fuzz bench dist check-package clean
 
 all: mex cli
 
@@ -28,6 +29,14 @@ cli:
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release
 	cmake --build $(BUILD_DIR) -j2 --target homodyne-recon make_scan_file
 
+# The Python package homodyne installed into the virtual environment
+# $(PYTHON_VENV), which sees Debian's numpy and Dask:  $(PYTHON_VENV)/bin/python3
+PYTHON_VENV ?= out/venv
+python:
+	@scripts/ensure_deps.sh g++ pkg-config libfftw3-dev libismrmrd-dev libpng-dev $(PYTHON_PACKAGES)
+	/usr/bin/python3 -m venv --system-site-packages $(PYTHON_VENV)
+	$(PYTHON_VENV)/bin/pip install --no-build-isolation .
+
 # The main job: reconstruct partial-Fourier phantoms (single coil and 8 noisy
 # coils), print errors and times, write out/homodyne_demo.png; then the same
 # from raw data: a partial-Fourier ISMRMRD file made from the library's 8-coil
@@ -40,7 +49,8 @@ demo: mex cli
 demo-scan: cli
 	scripts/demo_scan.sh $(BUILD_DIR) out/scan
 
-# Both MEX layouts, the unit tests and the Octave tests of the real MEX, run by CTest.
+# Both MEX layouts, the unit tests, the Octave tests of the real MEX and the
+# Python tests of the module built alongside, run by CTest.
 check:
 	@scripts/ensure_deps.sh $(CHECK_PACKAGES)
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release
@@ -67,13 +77,15 @@ fuzz:
 # beside Debian's bart and the vectorized chain, and the accuracy beside bart:
 # one table, printed and kept in out/bench/RESULTS.md (5 to 9 minutes); then
 # the command line on a 256 x 256 x 64, 8-coil file beside homodyne_recon in
-# memory, printed.
+# memory, printed; then the Dask example on 8 files with 1 and 2 workers and
+# the Python layer's cost on one 256 x 256 x 64, 8-coil call, printed.
 bench: mex
 	@scripts/ensure_deps.sh $(BENCH_PACKAGES) bart octave-bart
 	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DHOMODYNE_BUILD_BENCH=ON
-	cmake --build $(BUILD_DIR) -j2 --target core_bench homodyne-recon make_scan_file dump_images
+	cmake --build $(BUILD_DIR) -j2 --target core_bench homodyne-recon make_scan_file dump_images homodyne_python
 	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); addpath('tests/common'); run_benchmarks('$(BUILD_DIR)/bench/core_bench')"
 	$(OCTAVE) --eval "addpath('matlab'); addpath('bench'); compare_command_line('$(BUILD_DIR)');"
+	PYTHONPATH=$(BUILD_DIR)/python /usr/bin/python3 bench/dask_throughput.py $(BUILD_DIR)
 
 # The Octave package: out/homodyne-<version>.tar.gz, the version taken from
 # package/DESCRIPTION. Users type: pkg install out/homodyne-<version>.tar.gz
