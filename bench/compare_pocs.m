@@ -84,11 +84,10 @@ function report = compare_pocs(core_bench)
   all_cores_seconds = toc(started);
   data_file = [tempname() '.mat'];
   kspace = k;
-  options = struct('Ranges', {cases(1).ranges});
-  save('-binary', data_file, 'kspace', 'options');
-  peak_mib = peak_memory_in_child(data_file, ...
-    'homodyne_recon_mex(''reconstruct'', single(ones(8, 8)), struct(''Ranges'', {{[], [-2 3]}}));', ...
-    'homodyne_recon_mex(''reconstruct'', kspace, options)', 1);
+  ranges = cases(1).ranges;
+  save('-binary', data_file, 'kspace', 'ranges');
+  peak_mib = peak_memory_in_child(data_file, 'homodyne_recon(complex(ones(8, 8, 8, ''single'')));', ...
+    'homodyne_recon(kspace, ''Ranges'', ranges)', 1);
   delete(data_file);
   fftw('threads', 1);
 

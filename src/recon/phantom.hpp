@@ -2,8 +2,8 @@
 // The toolbox's test object: ellipsoids in the cube [-1, 1]^3 in the manner
 // of the classic head phantom (skull, brain, ventricles, small lesions) with a
 // smooth phase of a few radians, the kind homodyne reconstruction assumes;
-// and its centred k-space. The same object as the M-code's homodyne_phantom,
-// computed here in single precision for the front ends without Octave.
+// and its centred k-space, computed in single precision: the one definition
+// behind Octave's homodyne_phantom and Python's homodyne.phantom.
 
 #include <array>
 #include <vector>

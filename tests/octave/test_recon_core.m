@@ -154,7 +154,7 @@ function refusals_name_the_option(~)
   k = complex(ones(16, 12, 'single'), 1);
   call = @(varargin) homodyne_recon_mex('reconstruct', k, varargin{:});
   table = {
-    'homodyne:usage', 'the commands are ''reconstruct'', ''filter'' and ''phase''', @() homodyne_recon_mex('weigh', k)
+    'homodyne:usage', 'the commands are ''reconstruct'', ''filter'', ''phase'' and ''phantom''', @() homodyne_recon_mex('weigh', k)
     'homodyne:usage', 'usage:', @() homodyne_recon_mex('reconstruct')
     'homodyne:usage', 'name/value pairs', @() call('Iterations')
     'homodyne:usage', 'option names must be text', @() call(3, 4)

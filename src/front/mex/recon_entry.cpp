@@ -12,6 +12,7 @@
 
 #include "front/mex/error_barrier.hpp"
 #include "recon/recon_error.hpp"
+#include "front/mex/phantom_command.hpp"
 #include "front/mex/recon_command.hpp"
 #include "front/mex/step_commands.hpp"
 #include "mex.h"
@@ -20,7 +21,7 @@ namespace {
 
 void dispatch(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
 {
-    const char* const commands = "the commands are 'reconstruct', 'filter' and 'phase'";
+    const char* const commands = "the commands are 'reconstruct', 'filter', 'phase' and 'phantom'";
     if (nrhs < 1 || !mxIsChar(prhs[0])) {
         throw ReconError("homodyne:usage", std::string("The first input must be a command; ") + commands + ".");
     }
@@ -33,6 +34,8 @@ void dispatch(int nlhs, mxArray** plhs, int nrhs, const mxArray** prhs)
         filter_command(nlhs, plhs, nrhs, prhs);
     } else if (name == "phase") {
         phase_command(nlhs, plhs, nrhs, prhs);
+    } else if (name == "phantom") {
+        phantom_command(nlhs, plhs, nrhs, prhs);
     } else {
         throw ReconError("homodyne:usage", std::string("Unknown command; ") + commands + ".");
     }
