@@ -41,7 +41,7 @@ function [calls, outcome_of] = toolbox_batch()
     end
     calls = add(calls, 'homodyne_recon', {data}, 1, @(o) close_to(o{1} / scale{1}, unit, 1e-4));
   end
-  calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, unit * 2^-100));   % bit for bit
+  calls = add(calls, 'homodyne_recon', {P * 2^-100}, 1, @(o) isequal(o{1}, homodyne_recon(P) * 2^-100));   % bit for bit
   for data = {P, double(P), real(P)}   % ZERO_FILLED is abs of the inverse DFT as it is
     calls = add(calls, 'homodyne_recon', data, 3, @(o) close_to(o{3}, abs(centred_idft(data{1})), 1e-6));
   end
@@ -124,9 +124,11 @@ function [calls, outcome_of] = toolbox_batch()
   zeros_pf(:, 1:9, :) = 0;
   filler(:, 1:9, :) = 1e-6 * max(abs(Q(:)));
   noisy(:, 1:9, :) = noise(:, 1:9, :);
-  reference = homodyne_recon(zeros_pf);
+  % Expected images are computed in the process that makes the call: FFTW's
+  % measured plans, and so the rounding, may differ between processes.
+  reference = @() homodyne_recon(zeros_pf);
   detected = @(method, range) @(o) strcmp(o{4}.detection(2).method, method) && isequal(o{4}.ranges{2}, range);
-  calls = add(calls, 'homodyne_recon', {filler}, 4, @(o) detected('energy', [-3 11])(o) && isequal(o{1}, reference));
+  calls = add(calls, 'homodyne_recon', {filler}, 4, @(o) detected('energy', [-3 11])(o) && isequal(o{1}, reference()));
   calls = add(calls, 'homodyne_recon', {noisy}, 4, detected('energy', [-3 11]));
   calls = add(calls, 'homodyne_recon', {noisy_full}, 4, @(o) isequal({o{4}.detection.method}, {'full', 'full', 'full'}));
   calls = add(calls, 'homodyne_recon', {zeros_pf}, 4, @(o) detected('zeros', [-3 11])(o) && o{4}.detection(2).ratio == 0);
@@ -141,7 +143,7 @@ function [calls, outcome_of] = toolbox_batch()
   [~, P3] = homodyne_phantom([128 128 32]);
   P3(:, 1:48, :) = 0;
   calls(end + 1, :) = {'homodyne_recon', {P3, 'Method', 'homodyne'}, 1, @(o) isempty(o{1}), @warning_of_recon};
-  calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], 5/8}}, 1, @(o) isequal(o{1}, reference));
+  calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], 5/8}}, 1, @(o) isequal(o{1}, reference()));
   calls = add(calls, 'homodyne_recon', {noisy, struct('ranges', {{[], [-3 11]}})}, 1, ...
               @(o) isequal(o{1}, homodyne_recon(noisy, 'Ranges', {[], [-3 11], []})));
   calls = add(calls, 'homodyne_recon', {zeros_pf, 'PartialFourier', {[], -5/8}}, 1, {'homodyne:badRange', 'leaves out planes that hold data'});
