@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "recon/coil_combine.hpp"
 #include "recon/coil_sensitivities.hpp"
@@ -110,6 +111,8 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     ReconReport report;
     report.images.resize(static_cast<std::size_t>(images));
     report.threads = thread_count(options, images);
+    // Threads left over by the coil images share the blocks of one image.
+    const int block_threads = std::max(1, thread_count(options, std::numeric_limits<Index>::max()) / report.threads);
     report.combination = combination;
     report.noise_source = noise.source;
     report.coil_sigma = noise.coil_sigma;
@@ -133,7 +136,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
             float* x_values = reinterpret_cast<float*>(x);
             float* radians = radians_wanted ? own_radians.data() : nullptr;
             Complex* low = adaptive ? lowres.data() + j * voxels : nullptr;
-            report.images[j] = plans.reconstruct(k, ReconOutput::complex, x_values, radians, low);
+            report.images[j] = plans.reconstruct(k, 0, ReconOutput::complex, x_values, radians, low, block_threads);
             if (!pocs && low != nullptr) {
                 calibration_of(box, all, k, options.window, low, scratch.data());
             }

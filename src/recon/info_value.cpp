@@ -103,7 +103,7 @@ InfoValue describe(const ReconInfo& info, const ReconCall& call)
     }
     std::vector<double> iterations, change, residual, echo, sigma;
     for (const VolumeReport& r : report.images) {
-        iterations.push_back(r.iterations);
+        iterations.insert(iterations.end(), r.iterations.begin(), r.iterations.end());
         change.push_back(r.change);
         residual.push_back(r.residual);
         echo.insert(echo.end(), {double(r.echo[0]), double(r.echo[1]), double(r.echo[2])});
@@ -121,7 +121,7 @@ InfoValue describe(const ReconInfo& info, const ReconCall& call)
         {"detection", detection_value(info.detection)},
         {"method", InfoValue::of_text(pocs ? "pocs" : "homodyne")},
         {"constraint", InfoValue::of_list(std::move(constraints))},
-        {"iterations", InfoValue::of_matrix(iterations, 1)},
+        {"iterations", InfoValue::of_matrix(iterations, 3)},
         {"change", InfoValue::of_matrix(change, 1)},
         {"residual", InfoValue::of_matrix(residual, 1)},
         {"echo_offset", InfoValue::of_matrix(echo, 3)},

@@ -29,5 +29,7 @@ struct InfoValue {
 
 // ranges, detection, method, constraint, iterations, change, residual,
 // echo_offset, threads, combination, noise_source, noise_sigma, adaptive,
-// warnings, seconds: sigma values at the caller's scale.
+// warnings, seconds: sigma values at the caller's scale. Per image a column:
+// iterations (POCS, over its blocks: the fewest, the median, the most),
+// change, residual, echo_offset.
 InfoValue describe(const ReconInfo& info, const ReconCall& call);

@@ -23,12 +23,12 @@ const VolumeTransform& MethodPlans::all() const
     return std::get<HomodyneMethod>(method_).full;
 }
 
-VolumeReport MethodPlans::reconstruct(const Complex* kspace, ReconOutput output, float* image, float* phase,
-                                      Complex* lowres) const
+VolumeReport MethodPlans::reconstruct(const Complex* kspace, int exponent, ReconOutput output, float* image,
+                                      float* phase, Complex* lowres, int threads) const
 {
     if (const auto* pocs = std::get_if<PocsMethod>(&method_)) {
-        return pocs_volume(pocs->plan, pocs->transforms, kspace, output, image, phase, lowres);
+        return pocs_volume(pocs->plan, pocs->transforms, kspace, exponent, output, image, phase, lowres, threads);
     }
     const HomodyneMethod& homodyne = std::get<HomodyneMethod>(method_);
-    return homodyne_volume(homodyne.plan, homodyne.full, homodyne.block, kspace, output, image, phase);
+    return homodyne_volume(homodyne.plan, homodyne.full, homodyne.block, kspace, exponent, output, image, phase);
 }

@@ -32,10 +32,11 @@ public:
     const VolumeTransform& all() const;
 
     // One coil image by the method, in the form `output`, as pocs_volume and
-    // homodyne_volume say; `lowres` (POCS only, may be null) receives the
-    // calibration image.
-    VolumeReport reconstruct(const Complex* kspace, ReconOutput output, float* image, float* phase,
-                             Complex* lowres = nullptr) const;
+    // homodyne_volume say: `kspace` read as k-space times 2^-`exponent`, the
+    // image of that; `lowres` (POCS only, may be null) receives the
+    // calibration image; POCS shares its blocks among `threads` threads.
+    VolumeReport reconstruct(const Complex* kspace, int exponent, ReconOutput output, float* image, float* phase,
+                             Complex* lowres, int threads) const;
 
 private:
     std::variant<PocsMethod, HomodyneMethod> method_;

@@ -98,8 +98,9 @@ HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges)
 namespace {
 
 // The data gathered with the mirrored axes mirrored (`work`, the k-space's
-// voxels), weighted, and the unweighted symmetric block cropped into `low`.
-void weigh_mirrored(const HomodynePlan& plan, const Complex* kspace, Complex* work, Complex* low)
+// voxels) and times 2^-exponent (exact: a power of two), weighted, and the
+// unweighted symmetric block cropped into `low`.
+void weigh_mirrored(const HomodynePlan& plan, const Complex* kspace, int exponent, Complex* work, Complex* low)
 {
     const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2];
     const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
@@ -109,6 +110,11 @@ void weigh_mirrored(const HomodynePlan& plan, const Complex* kspace, Complex* wo
             const Complex* row = kspace + (mz[z] * ny + my[y]) * nx;
             for (Index x = 0; x < nx; ++x, ++i) {
                 work[i] = row[mx[x]];
+            }
+            if (exponent != 0) {
+                for (Complex* v = work + i - nx; v != work + i; ++v) {
+                    *v = Complex(std::ldexp(v->real(), -exponent), std::ldexp(v->imag(), -exponent));
+                }
             }
         }
     }
@@ -140,19 +146,19 @@ void weigh_volume(const HomodynePlan& plan, const Complex* kspace, Complex* bloc
 {
     const std::array<Index, 3> b = plan.block();
     ComplexBuffer work(plan.n[0] * plan.n[1] * plan.n[2]), low(b[0] * b[1] * b[2]);
-    weigh_mirrored(plan, kspace, work.data(), low.data());
+    weigh_mirrored(plan, kspace, 0, work.data(), low.data());
     unmirror(plan.n, plan.mirrored, work.data(), weighted);
     unmirror(b, plan.mirrored, low.data(), block);
 }
 
 VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
-                             const Complex* kspace, ReconOutput output, float* image, float* phase)
+                             const Complex* kspace, int exponent, ReconOutput output, float* image, float* phase)
 {
     const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2], voxels = full.voxels();
     const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
                              mz = mirror_map(nz, plan.mirrored[2]);
     ComplexBuffer work(voxels), scratch(voxels), low(block.voxels());
-    weigh_mirrored(plan, kspace, work.data(), low.data());
+    weigh_mirrored(plan, kspace, exponent, work.data(), low.data());
     centred_inverse(full, work.data(), scratch.data());
     centred_inverse(block, low.data(), scratch.data());
 

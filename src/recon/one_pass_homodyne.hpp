@@ -29,12 +29,12 @@ struct HomodynePlan {
 
 HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges);
 
-// One coil image: centred k-space in, the centred image out in the form
-// `output` (complex: the real image times the low-resolution phase), and
+// One coil image: centred k-space in, read as k-space times 2^-`exponent`
+// (the unit scale), the centred image of that out in the form `output` (complex: the real image times the low-resolution phase), and
 // into `phase`, unless null, the low-resolution phase in radians (0 where
 // the low-resolution image is 0).
 VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
-                             const Complex* kspace, ReconOutput output, float* image, float* phase);
+                             const Complex* kspace, int exponent, ReconOutput output, float* image, float* phase);
 
 // The two steps on their own, for callers that run them apart (the toolbox's
 // homodyne_filter and homodyne_phase), on one volume of canonical k-space at

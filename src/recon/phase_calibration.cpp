@@ -43,8 +43,6 @@ float window_value(CalibrationWindow window, double t)
 
 namespace {
 
-// The window along one axis over the block's positions: centred on the peak
-// and as wide as the block allows on both sides of it; 1 on a full axis.
 std::vector<float> axis_window(const SampledBox& box, int axis, Index peak, CalibrationWindow window)
 {
     std::vector<float> w(static_cast<std::size_t>(box.extent(axis)), 1.0f);
@@ -61,11 +59,18 @@ std::vector<float> axis_window(const SampledBox& box, int axis, Index peak, Cali
 
 }  // namespace
 
+std::array<std::vector<float>, 3> calibration_windows(const SampledBox& box, const std::array<Index, 3>& peak,
+                                                      CalibrationWindow window)
+{
+    return {axis_window(box, 0, peak[0], window), axis_window(box, 1, peak[1], window),
+            axis_window(box, 2, peak[2], window)};
+}
+
 void calibration_image(const VolumeTransform& transform, const SampledBox& box, const Complex* box_samples,
                        const std::array<Index, 3>& peak, CalibrationWindow window, Complex* phase)
 {
-    const std::vector<float> wx = axis_window(box, 0, peak[0], window), wy = axis_window(box, 1, peak[1], window),
-                             wz = axis_window(box, 2, peak[2], window);
+    const std::array<std::vector<float>, 3> w = calibration_windows(box, peak, window);
+    const std::vector<float>&wx = w[0], &wy = w[1], &wz = w[2];
     std::fill(phase, phase + transform.voxels(), Complex(0.0f, 0.0f));
     for_each_box_run(box, [&](Index fft, Index at, Index count, Index x, Index y, Index z) {
         const float wyz = wy[y] * wz[z];
@@ -76,16 +81,23 @@ void calibration_image(const VolumeTransform& transform, const SampledBox& box, 
     transform.inverse(phase);
 }
 
-void keep_phase(Complex* image, Index count)
+float largest_magnitude(const Complex* image, Index count)
+{
+    float largest = 0.0f;
+    for (Index i = 0; i < count; ++i) {
+        largest = std::max(largest, std::abs(image[i]));
+    }
+    return largest;
+}
+
+void keep_phase(Complex* image, Index count) { keep_phase(image, count, largest_magnitude(image, count)); }
+
+void keep_phase(Complex* image, Index count, float largest)
 {
     // Below this fraction of the largest magnitude the calibration image is
     // transform rounding, whose phase changes with the FFT plan (and so
     // between processes): such voxels take phase 0, like exact zeros.
     constexpr float rounding_floor = 1e-5f;
-    float largest = 0.0f;
-    for (Index i = 0; i < count; ++i) {
-        largest = std::max(largest, std::abs(image[i]));
-    }
     const float floor = rounding_floor * largest;
     for (Index i = 0; i < count; ++i) {
         const float m = std::abs(image[i]);

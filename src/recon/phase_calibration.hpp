@@ -10,6 +10,7 @@
 // phase instead of being cut in half by a window around k = 0.
 
 #include <array>
+#include <vector>
 
 #include "recon/recon_options.hpp"
 #include "recon/sampled_box.hpp"
@@ -22,6 +23,11 @@ std::array<Index, 3> echo_peak(const SampledBox& box, const Complex* box_samples
 // Value of the window at t in (-1, 1), t = 0 at the centre.
 float window_value(CalibrationWindow window, double t);
 
+// The window along each axis over the block's positions: centred on the
+// peak and as wide as the block allows on both sides of it; 1 on full axes.
+std::array<std::vector<float>, 3> calibration_windows(const SampledBox& box, const std::array<Index, 3>& peak,
+                                                      CalibrationWindow window);
+
 // Writes the windowed centre's image, the low-resolution image from which the
 // phase and the coil sensitivities are estimated, into `image` (FFT order,
 // the image's size, the unnormalised inverse transform).
@@ -32,3 +38,8 @@ void calibration_image(const VolumeTransform& transform, const SampledBox& box, 
 // below 1e-5 of the largest magnitude (transform rounding, whose phase
 // depends on the FFT plan) and zeros take phase 0.
 void keep_phase(Complex* image, Index count);
+
+// The same on part of a calibration image whose largest magnitude is
+// `largest`.
+void keep_phase(Complex* image, Index count, float largest);
+float largest_magnitude(const Complex* image, Index count);

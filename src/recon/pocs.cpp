@@ -1,11 +1,13 @@
 #include "recon/pocs.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 #include "recon/fft_order.hpp"
 #include "recon/image_output.hpp"
 #include "recon/phase_calibration.hpp"
+#include "recon/worker_threads.hpp"
 
 namespace {
 
@@ -31,26 +33,28 @@ std::vector<float> blend_weights(const SampledBox& box, int axis, int band)
 }
 
 template <bool Blend>
-double restore_runs(const PocsPlan& plan, Complex* kspace, const Complex* box_samples)
+double restore_runs(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured)
 {
     double residual = 0.0;
-    for_each_box_run(plan.box, [&](Index fft, Index at, Index count, Index x, Index y, Index z) {
-        const float* wx = plan.blend[0].data() + x;
-        const float wyz = plan.blend[1][y] * plan.blend[2][z];
+    for (const BlockRun& run : shape.runs) {
+        const float* wx = plan.blend[0].data() + run.x;
+        const float wyz = plan.blend[1][run.y] * plan.blend[2][run.z];
+        Complex* e_run = block + run.buffer;
+        const Complex* m_run = measured + run.box;
         float row = 0.0f;
-        for (Index i = 0; i < count; ++i) {
-            const Complex e = kspace[fft + i], m = box_samples[at + i];
+        for (Index i = 0; i < run.count; ++i) {
+            const Complex e = e_run[i], m = m_run[i];
             const Complex d = e - m;
             row += d.real() * d.real() + d.imag() * d.imag();
             if (Blend) {
                 const float w = wx[i] * wyz;
-                kspace[fft + i] = Complex(w * m.real() + (1.0f - w) * e.real(), w * m.imag() + (1.0f - w) * e.imag());
+                e_run[i] = Complex(w * m.real() + (1.0f - w) * e.real(), w * m.imag() + (1.0f - w) * e.imag());
             } else {
-                kspace[fft + i] = m;
+                e_run[i] = m;
             }
         }
         residual += row;
-    });
+    }
     return residual;
 }
 
@@ -107,70 +111,239 @@ double squared_norm(const Complex* values, Index count)
     return sum;
 }
 
-struct PocsBuffers {
+std::array<Index, 3> extents_of(const SampledBox& box) { return {box.extent(0), box.extent(1), box.extent(2)}; }
+
+// Where along an axis a block position lies: in FFT order on a partial axis
+// (a block spans it whole), from the block's origin on a full one.
+Index place_in_block(const SampledBox& box, int axis, Index j)
+{
+    return box.partial[axis] ? fft_index(box.range[axis].first + j, box.n[axis]) : j;
+}
+
+BlockShape block_shape(const SampledBox& box, const PocsBlocks& blocks, Index width)
+{
+    BlockShape shape;
+    shape.width = width;
+    shape.sizes = box.n;
+    if (blocks.along >= 0) {
+        shape.sizes[blocks.along] = width;
+    }
+    if (blocks.across >= 0) {
+        shape.sizes[blocks.across] = 1;
+    }
+    // Along x a measured row is one run, or two on a partial axis: the
+    // negative k at the end of the FFT-order row, then k >= 0 from its start.
+    const KRange& rx = box.range[0];
+    const bool cut_x = box.partial[0];
+    const Index negative = cut_x && rx.first < 0 ? std::min<Index>(rx.last, -1) - rx.first + 1 : 0;
+    const Index start = cut_x ? std::max<Index>(rx.first, 0) : 0;
+    const Index positive = cut_x ? rx.last - start + 1 : shape.sizes[0];
+    const Index ny = box.partial[1] ? box.extent(1) : shape.sizes[1];
+    const Index nz = box.partial[2] ? box.extent(2) : shape.sizes[2];
+    for (Index z = 0; z < nz; ++z) {
+        for (Index y = 0; y < ny; ++y) {
+            const Index row = (place_in_block(box, 2, z) * shape.sizes[1] + place_in_block(box, 1, y)) * shape.sizes[0];
+            const Index box_row = (z * box.extent(1) + y) * box.extent(0);
+            if (negative > 0) {
+                shape.runs.push_back({row + rx.first + box.n[0], box_row, negative, 0, y, z});
+            }
+            shape.runs.push_back({row + start, box_row + negative, positive, negative, y, z});
+        }
+    }
+    return shape;
+}
+
+// The block's first position along each axis of the image (0 on the
+// partial axes, which it spans whole).
+std::array<Index, 3> block_origin(const PocsBlocks& blocks, Index block)
+{
+    std::array<Index, 3> origin{0, 0, 0};
+    if (blocks.along >= 0) {
+        origin[blocks.along] = block % blocks.per_row * blocks.wide.width;
+    }
+    if (blocks.across >= 0) {
+        origin[blocks.across] = block / blocks.per_row;
+    }
+    return origin;
+}
+
+// Calls visit(buffer_offset, centred_offset, count) for runs of a block
+// buffer contiguous in the centred image too.
+template <typename Visit>
+void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
+{
+    const std::array<Index, 3>& n = plan.box.n;
+    const std::array<Index, 3>& sizes = plan.blocks.shape_of(block).sizes;
+    const std::array<Index, 3> first = block_origin(plan.blocks, block);
+    const Index low = n[0] - n[0] / 2;  // FFT positions below it are k >= 0
+    const Index x0 = first[0], x1 = first[0] + sizes[0];
+    for (Index z = 0; z < sizes[2]; ++z) {
+        const Index cz = centred_index(first[2] + z, n[2]);
+        for (Index y = 0; y < sizes[1]; ++y) {
+            const Index buffer = (z * sizes[1] + y) * sizes[0];
+            const Index centred = (cz * n[1] + centred_index(first[1] + y, n[1])) * n[0];
+            if (x0 < low) {
+                visit(buffer, centred + x0 + n[0] / 2, std::min(x1, low) - x0);
+            }
+            if (x1 > low) {
+                const Index x = std::max(x0, low);
+                visit(buffer + x - x0, centred + x - low, x1 - x);
+            }
+        }
+    }
+}
+
+// `count` samples times 2^-exponent. A power of two changes no digit: the
+// product is exact, or rounded as ldexp rounds it where it is subnormal.
+void copy_scaled(const Complex* from, Index count, int exponent, Complex* to)
+{
+    if (exponent == 0) {
+        std::copy(from, from + count, to);
+    } else if (exponent > -127 && exponent < 127) {
+        const float factor = std::ldexp(1.0f, -exponent);
+        for (Index i = 0; i < count; ++i) {
+            to[i] = Complex(from[i].real() * factor, from[i].imag() * factor);
+        }
+    } else {
+        for (Index i = 0; i < count; ++i) {
+            to[i] = Complex(std::ldexp(from[i].real(), -exponent), std::ldexp(from[i].imag(), -exponent));
+        }
+    }
+}
+
+// The measured block out of a centred coil image, at unit scale, in the order
+// of the hybrid space: partial axes in block order (k ascending), fully
+// sampled axes in FFT order, ready for their transform in place.
+void crop_for_hybrid_space(const SampledBox& box, const Complex* centred, int exponent, Complex* measured)
+{
+    const std::array<Index, 3>& n = box.n;
+    const auto source = [&](int axis, Index j) {
+        return box.partial[axis] ? box.range[axis].first + j + n[axis] / 2 : centred_index(j, n[axis]);
+    };
+    const Index low = n[0] - n[0] / 2;
+    for (Index z = 0; z < box.extent(2); ++z) {
+        for (Index y = 0; y < box.extent(1); ++y, measured += box.extent(0)) {
+            const Complex* row = centred + (source(2, z) * n[1] + source(1, y)) * n[0];
+            if (box.partial[0]) {
+                copy_scaled(row + source(0, 0), box.extent(0), exponent, measured);
+            } else {
+                copy_scaled(row + n[0] / 2, low, exponent, measured);
+                copy_scaled(row, n[0] / 2, exponent, measured + low);
+            }
+        }
+    }
+}
+
+struct BlockBuffers {
     ComplexBuffer work, phase;
     std::vector<float> amplitude;
-    explicit PocsBuffers(Index voxels) : work(voxels), phase(voxels), amplitude(static_cast<std::size_t>(voxels)) {}
+    explicit BlockBuffers(Index voxels) : work(voxels), phase(voxels), amplitude(static_cast<std::size_t>(voxels)) {}
 };
 
-// The iterations of one constraint form, from the zero-filled measured data
-// (start) and on from where they stopped (run), leaving the data-consistent
-// k-space in buffers.work.
-class PocsRun {
+// Runs job(block, buffers) on every block, the blocks taken in turn by
+// `threads` threads, each with buffers of its own.
+template <typename Job>
+void for_each_block(const PocsPlan& plan, int threads, Job job)
+{
+    std::atomic<Index> next{0};
+    run_on_threads(static_cast<int>(std::min<Index>(threads, plan.blocks.count)), [&](int) {
+        BlockBuffers buffers(plan.blocks.wide.voxels());
+        for (Index block = next++; block < plan.blocks.count; block = next++) {
+            job(block, buffers);
+        }
+    });
+}
+
+// The calibration image of one block (its windowed measured centre, inverse
+// transformed along the partial axes) into `image`.
+void calibrate_block(const BlockShape& shape, const VolumeTransform& transform,
+                     const std::array<std::vector<float>, 3>& window, const Complex* measured, Complex* image)
+{
+    std::fill(image, image + shape.voxels(), Complex(0.0f, 0.0f));
+    for (const BlockRun& run : shape.runs) {
+        const float* wx = window[0].data() + run.x;
+        const float wyz = window[1][run.y] * window[2][run.z];
+        for (Index i = 0; i < run.count; ++i) {
+            image[run.buffer + i] = measured[run.box + i] * (wx[i] * wyz);
+        }
+    }
+    transform.inverse(image);
+}
+
+// The iterations of one constraint form on one block, from the zero-filled
+// measured data (start) and on from where they stopped (run), leaving the
+// data-consistent k-space in the buffers' work.
+class BlockPocs {
 public:
-    // `transform`: along the partial axes; `box_samples`: the measured block
-    // transformed along the fully sampled axes.
-    PocsRun(const PocsPlan& plan, const VolumeTransform& transform, const Complex* box_samples, double measured_norm,
-            PocsBuffers& buffers)
-        : plan_(plan), transform_(transform), box_samples_(box_samples), measured_norm_(measured_norm),
-          buffers_(buffers)
+    // `measured`: the block's origin in the hybrid-space measured block.
+    BlockPocs(const PocsPlan& plan, const BlockShape& shape, const VolumeTransform& transform,
+              const Complex* measured, BlockBuffers& buffers)
+        : plan_(plan), shape_(shape), transform_(transform), measured_(measured), buffers_(buffers)
     {
     }
 
     void start(PhaseConstraint form)
     {
-        report_ = VolumeReport{};
-        report_.constraint = form;
-        converged_ = plan_.box.samples() == transform_.voxels();  // nothing to estimate
-        Complex* work = buffers_.work.data();
-        std::fill(work, work + transform_.voxels(), Complex(0.0f, 0.0f));
+        form_ = form;
+        iterations_ = 0;
+        change_ = residual_ = 0.0;
+        const std::array<Index, 3>& n = plan_.box.n;
+        converged_ = plan_.box.samples() == n[0] * n[1] * n[2];  // nothing to estimate
+        std::fill(buffers_.work.data(), buffers_.work.data() + shape_.voxels(), Complex(0.0f, 0.0f));
         std::fill(buffers_.amplitude.begin(), buffers_.amplitude.end(), 0.0f);
-        restore_measured(plan_, work, box_samples_);
+        restore_measured(plan_, shape_, buffers_.work.data(), measured_);
     }
 
-    const VolumeReport& run(int until)
+    void run(int until)
     {
-        const Index voxels = transform_.voxels();
         // The pair of transforms gains their length; the image's scale
         // does not matter to the projections, which commute with it.
         const float scale = 1.0f / static_cast<float>(transform_.transformed());
         Complex* work = buffers_.work.data();
-        while (!converged_ && report_.iterations < until) {
+        while (!converged_ && iterations_ < until) {
             transform_.inverse(work);
-            report_.change = project_onto_phase(work, buffers_.phase.data(), buffers_.amplitude.data(), voxels,
-                                                scale, report_.constraint);
+            change_ = project_onto_phase(work, buffers_.phase.data(), buffers_.amplitude.data(), shape_.voxels(),
+                                         scale, form_);
             transform_.forward(work);
-            const double residual = restore_measured(plan_, work, box_samples_);
-            report_.residual = measured_norm_ > 0.0 ? std::sqrt(residual / measured_norm_) : 0.0;
-            ++report_.iterations;
-            converged_ = report_.change < plan_.options.tolerance;
+            residual_ = restore_measured(plan_, shape_, work, measured_);
+            ++iterations_;
+            converged_ = change_ < plan_.options.tolerance;
         }
-        return report_;
     }
+
+    int iterations() const { return iterations_; }
+    double change() const { return change_; }
+    double residual() const { return residual_; }  // ||e - m||^2 of the last iteration
 
 private:
     const PocsPlan& plan_;
+    const BlockShape& shape_;
     const VolumeTransform& transform_;
-    const Complex* box_samples_;
-    double measured_norm_;
-    PocsBuffers& buffers_;
-    VolumeReport report_;
+    const Complex* measured_;
+    BlockBuffers& buffers_;
+    PhaseConstraint form_ = PhaseConstraint::magnitude;
+    int iterations_ = 0;
+    double change_ = 0.0, residual_ = 0.0;
     bool converged_ = false;
 };
 
+struct BlockResult {
+    int iterations = 0;
+    double change = 0.0, residual = 0.0;
+    double trial_real = 0.0, trial_magnitude = 0.0;  // ||e - m||^2 after the trial iterations
+};
+
+std::array<double, 3> spread_of(std::vector<int> counts)
+{
+    std::sort(counts.begin(), counts.end());
+    const std::size_t half = counts.size() / 2;
+    const double median = counts.size() % 2 == 1 ? counts[half] : 0.5 * (counts[half - 1] + counts[half]);
+    return {double(counts.front()), median, double(counts.back())};
+}
+
 }  // namespace
 
-PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options)
+PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options, Index block_width)
 {
     PocsPlan plan;
     plan.options = options;
@@ -179,6 +352,29 @@ PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options)
         plan.blend[axis] = blend_weights(plan.box, axis, plan.box.partial[axis] ? options.transition_band : 0);
     }
     plan.blended = options.transition_band > 0;
+
+    PocsBlocks& blocks = plan.blocks;
+    Index piece = 1;  // voxels of one line or plane
+    for (int axis = 2; axis >= 0; --axis) {
+        if (plan.box.partial[axis]) {
+            piece *= shape.n[axis];
+        } else {
+            blocks.across = blocks.along;
+            blocks.along = axis;
+        }
+    }
+    Index width = 1;
+    if (blocks.along >= 0) {
+        const Index n = shape.n[blocks.along];
+        const Index bytes = piece * static_cast<Index>(2 * sizeof(Complex) + sizeof(float));
+        width = std::min(n, block_width > 0 ? block_width : std::max<Index>(1, block_bytes / bytes));
+        blocks.per_row = (n + width - 1) / width;
+        blocks.count = blocks.per_row * (blocks.across >= 0 ? shape.n[blocks.across] : 1);
+        blocks.last = block_shape(plan.box, blocks, n - (blocks.per_row - 1) * width);
+    } else {
+        blocks.last = block_shape(plan.box, blocks, width);
+    }
+    blocks.wide = block_shape(plan.box, blocks, width);
     return plan;
 }
 
@@ -190,79 +386,141 @@ double project_onto_phase(Complex* image, const Complex* phase, float* amplitude
                : project_rows<PhaseConstraint::real_part>(image, phase, amplitude, count, scale);
 }
 
-double restore_measured(const PocsPlan& plan, Complex* kspace, const Complex* box_samples)
+double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured)
 {
-    return plan.blended ? restore_runs<true>(plan, kspace, box_samples) : restore_runs<false>(plan, kspace, box_samples);
+    return plan.blended ? restore_runs<true>(plan, shape, block, measured)
+                        : restore_runs<false>(plan, shape, block, measured);
 }
 
 PocsTransforms::PocsTransforms(const PocsPlan& plan)
-    : all(plan.box.n, {true, true, true}, true),
-      full_axes(plan.box.n, {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}),
-      partial_axes(plan.box.n, plan.box.partial, true)
+    : all(plan.box.n, {true, true, true}),
+      full_axes(extents_of(plan.box), {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}, true),
+      block(plan.blocks.wide.sizes, plan.box.partial, true), last_block(plan.blocks.last.sizes, plan.box.partial, true)
 {
 }
 
-VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace,
-                         ReconOutput output, float* image, float* phase, Complex* lowres)
+VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms, const Complex* kspace, int exponent,
+                         ReconOutput output, float* image, float* phase, Complex* lowres, int threads)
 {
-    const VolumeTransform& transform = transforms.partial_axes;
-    const Index voxels = transform.voxels();
-    std::vector<Complex> box_samples(static_cast<std::size_t>(plan.box.samples()));
-    crop_sampled(plan.box, kspace, box_samples.data());
-
-    PocsBuffers buffers(voxels);
-    const std::array<Index, 3> peak = echo_peak(plan.box, box_samples.data());
-    calibration_image(transforms.all, plan.box, box_samples.data(), peak, plan.options.window, buffers.phase.data());
-    if (lowres != nullptr) {
-        to_centred(buffers.phase.data(), plan.box.n, 1.0f / static_cast<float>(voxels), lowres);
-    }
-    keep_phase(buffers.phase.data(), voxels);
+    const SampledBox& box = plan.box;
+    const PocsBlocks& blocks = plan.blocks;
+    VolumeReport report;
 
     // The measured block into hybrid space: along the fully sampled axes it
-    // is whole, so it is its own transform there.
-    Complex* work = buffers.work.data();
-    std::fill(work, work + voxels, Complex(0.0f, 0.0f));
-    restore_measured(plan, work, box_samples.data());
-    transforms.full_axes.inverse(work);
-    for_each_box_run(plan.box, [&](Index fft, Index at, Index count, Index, Index, Index) {
-        std::copy(work + fft, work + fft + count, box_samples.data() + at);
-    });
-    const double measured_norm = squared_norm(box_samples.data(), plan.box.samples());
+    // is whole, so it is its own transform there. The echo's position along
+    // the partial axes is the same in block order and in this one.
+    ComplexBuffer measured(box.samples());
+    crop_for_hybrid_space(box, kspace, exponent, measured.data());
+    report.echo = echo_peak(box, measured.data());
+    const std::array<std::vector<float>, 3> window = calibration_windows(box, report.echo, plan.options.window);
+    transforms.full_axes.inverse(measured.data());
+    const double measured_norm = squared_norm(measured.data(), box.samples());
 
-    PocsRun pocs(plan, transform, box_samples.data(), measured_norm, buffers);
+    const std::array<Index, 3> extents = extents_of(box);
+    const std::array<Index, 3> stride{1, extents[0], extents[0] * extents[1]};
+    const auto measured_of = [&](Index block) {
+        const std::array<Index, 3> origin = block_origin(blocks, block);
+        return measured.data() + origin[0] * stride[0] + origin[1] * stride[1] + origin[2] * stride[2];
+    };
+    const auto transform_of = [&](Index block) -> const VolumeTransform& {
+        return block % blocks.per_row == blocks.per_row - 1 ? transforms.last_block : transforms.block;
+    };
+    const float image_scale = 1.0f / static_cast<float>(box.n[0] * box.n[1] * box.n[2]);
+
+    // The phase of the calibration image is taken relative to its largest
+    // magnitude over the whole image (see keep_phase): a first pass finds it.
+    std::vector<float> largest(static_cast<std::size_t>(blocks.count));
+    for_each_block(plan, threads, [&](Index block, BlockBuffers& buffers) {
+        Complex* calibration = buffers.phase.data();
+        calibrate_block(blocks.shape_of(block), transform_of(block), window, measured_of(block), calibration);
+        largest[block] = largest_magnitude(calibration, blocks.shape_of(block).voxels());
+        if (lowres != nullptr) {
+            for_each_block_shift_run(plan, block, [&](Index at, Index centred, Index count) {
+                for (Index i = 0; i < count; ++i) {
+                    lowres[centred + i] = calibration[at + i] * image_scale;
+                }
+            });
+        }
+    });
+    const float largest_calibration = *std::max_element(largest.begin(), largest.end());
+
     const int iterations = plan.options.iterations;
-    const int partial_axes = std::count(plan.box.partial.begin(), plan.box.partial.end(), true);
-    if (plan.options.constraint != PhaseConstraint::automatic) {
-        pocs.start(plan.options.constraint);
-    } else if (partial_axes > 1) {
-        pocs.start(PhaseConstraint::magnitude);
+    const int trial = std::min(iterations, trial_iterations);
+    const Index values = output == ReconOutput::complex ? 2 : 1;
+    std::vector<BlockResult> results(static_cast<std::size_t>(blocks.count));
+    // Every block solved with the constraint `form`, its image written out;
+    // with `trial`, the real form's trial iterations run first, and the
+    // residuals of both forms after them are kept.
+    const auto solve = [&](PhaseConstraint form, bool with_trial) {
+        for_each_block(plan, threads, [&](Index block, BlockBuffers& buffers) {
+            const BlockShape& shape = blocks.shape_of(block);
+            const VolumeTransform& transform = transform_of(block);
+            Complex* e = buffers.phase.data();
+            calibrate_block(shape, transform, window, measured_of(block), e);
+            keep_phase(e, shape.voxels(), largest_calibration);
+            BlockPocs pocs(plan, shape, transform, measured_of(block), buffers);
+            BlockResult& result = results[block];
+            if (with_trial) {
+                pocs.start(PhaseConstraint::real_part);
+                pocs.run(trial);
+                result.trial_real = pocs.residual();
+                pocs.start(form);
+                pocs.run(trial);
+                result.trial_magnitude = pocs.residual();
+            } else {
+                pocs.start(form);
+            }
+            pocs.run(iterations);
+            result.iterations = pocs.iterations();
+            result.change = pocs.change();
+            result.residual = pocs.residual();
+
+            const Complex* x = buffers.work.data();
+            transform.inverse(buffers.work.data());
+            for_each_block_shift_run(plan, block, [&](Index at, Index centred, Index count) {
+                write_samples(x + at, e + at, count, image_scale, output, image + values * centred);
+                if (phase != nullptr) {
+                    for (Index i = 0; i < count; ++i) {
+                        phase[centred + i] = std::atan2(e[at + i].imag(), e[at + i].real());
+                    }
+                }
+            });
+        });
+    };
+
+    const int partial_axes = std::count(box.partial.begin(), box.partial.end(), true);
+    const PhaseConstraint form =
+        plan.options.constraint == PhaseConstraint::automatic ? PhaseConstraint::magnitude : plan.options.constraint;
+    report.constraint = form;
+    if (plan.options.constraint != PhaseConstraint::automatic || partial_axes > 1) {
+        solve(form, false);
     } else {
         // Sharp images ring across zero, which only the real form allows: its
         // projections then fit the measured data several times better. Where
         // both fit alike the magnitude form gives the better image. A few
         // trial iterations of each tell them apart; the magnitude form, the
-        // usual winner, runs last and so continues where its trial stopped.
-        const int trial = std::min(iterations, trial_iterations);
-        pocs.start(PhaseConstraint::real_part);
-        const double real_residual = pocs.run(trial).residual;
-        pocs.start(PhaseConstraint::magnitude);
-        const double magnitude_residual = pocs.run(trial).residual;
-        if (real_residual < real_form_margin * magnitude_residual) {
-            pocs.start(PhaseConstraint::real_part);
+        // usual winner, runs on to its end in the same pass, and the real
+        // form, when it wins, solves every block again.
+        solve(PhaseConstraint::magnitude, true);
+        double real = 0.0, magnitude = 0.0;
+        for (const BlockResult& result : results) {
+            real += result.trial_real;
+            magnitude += result.trial_magnitude;
+        }
+        if (real < real_form_margin * real_form_margin * magnitude) {
+            report.constraint = PhaseConstraint::real_part;
+            solve(PhaseConstraint::real_part, false);
         }
     }
-    VolumeReport report = pocs.run(iterations);
-    transform.inverse(buffers.work.data());
-    const float scale = 1.0f / static_cast<float>(voxels);
-    write_image(buffers.work.data(), buffers.phase.data(), transform.n(), scale, output, image);
-    if (phase != nullptr) {
-        const Complex* e = buffers.phase.data();
-        for_each_shift_run(transform.n(), [&](Index fft, Index centred, Index count) {
-            for (Index i = 0; i < count; ++i) {
-                phase[centred + i] = std::atan2(e[fft + i].imag(), e[fft + i].real());
-            }
-        });
+
+    std::vector<int> counts;
+    double residual = 0.0;
+    for (const BlockResult& result : results) {
+        counts.push_back(result.iterations);
+        report.change = std::max(report.change, result.change);
+        residual += result.residual;
     }
-    report.echo = peak;
+    report.iterations = spread_of(counts);
+    report.residual = measured_norm > 0.0 ? std::sqrt(residual / measured_norm) : 0.0;
     return report;
 }

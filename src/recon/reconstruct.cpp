@@ -2,6 +2,7 @@
 
 #include <cfloat>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "recon/coil_pipeline.hpp"
@@ -55,32 +56,58 @@ std::vector<Complex> times_power_of_two(const Complex* values, Index count, int 
     return scaled;
 }
 
-// The reconstruction of k-space whose largest part lies in [1, 2).
-ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
-                                   float* image, float* phase, const MethodPlans* given_plans)
+bool through_coil_steps(const ReconShape& shape, const ReconOptions& options)
+{
+    return options.noise_adaptive || options.noise_scan != nullptr || !options.noise_covariance.empty() ||
+           result_images(shape, options) != shape.coils * shape.volumes;
+}
+
+// Every coil image reconstructed on its own and written straight out, from
+// k-space read at unit scale (times 2^-exponent) as the method copies it in.
+// Threads left over by the images share the blocks of one image.
+ReconReport reconstruct_images(const ReconShape& shape, const Complex* kspace, int exponent,
+                               const ReconOptions& options, const MethodPlans& plans, float* image, float* phase)
+{
+    const Index images = shape.coils * shape.volumes;
+    const Index values = shape.voxels() * values_per_sample(options.output);
+    const int image_threads = thread_count(options, images);
+    const int block_threads = std::max(1, thread_count(options, std::numeric_limits<Index>::max()) / image_threads);
+    ReconReport report;
+    report.images.resize(static_cast<std::size_t>(images));
+    report.threads = image_threads * block_threads;
+    const auto run = [&](int thread) {
+        for (Index j = thread; j < images; j += image_threads) {
+            const Complex* k = kspace + j * shape.voxels();
+            float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
+            report.images[j] = plans.reconstruct(k, exponent, options.output, image + j * values, phase_of_image,
+                                                 nullptr, block_threads);
+        }
+    };
+    run_on_threads(image_threads, run);
+    return report;
+}
+
+// The reconstruction of k-space whose largest part lies in [1, 2) once
+// times 2^-exponent. The coil and noise steps read the k-space more than
+// once and get a unit-scale copy; the plain path scales as it copies in.
+ReconReport reconstruct_at_unit_scale(const ReconShape& shape, const Complex* kspace, int exponent,
+                                      const ReconOptions& options, float* image, float* phase,
+                                      const MethodPlans* given_plans)
 {
     std::optional<MethodPlans> own_plans;  // made before a thread starts
     const MethodPlans& plans = given_plans != nullptr ? *given_plans : own_plans.emplace(shape, options);
-    if (options.noise_adaptive || options.noise_scan != nullptr || !options.noise_covariance.empty() ||
-        result_images(shape, options) != shape.coils * shape.volumes) {
+    if (!through_coil_steps(shape, options)) {
+        return reconstruct_images(shape, kspace, exponent, options, plans, image, phase);
+    }
+    if (exponent == 0) {
         return reconstruct_through_coil_steps(shape, kspace, options, plans, image, phase);
     }
-
-    const Index images = shape.coils * shape.volumes;
-    const Index values = shape.voxels() * values_per_sample(options.output);
-    ReconReport report;
-    report.images.resize(static_cast<std::size_t>(images));
-    report.threads = thread_count(options, images);
-    const auto run = [&](int thread) {
-        for (Index j = thread; j < images; j += report.threads) {
-            const Complex* k = kspace + j * shape.voxels();
-            float* phase_of_image = phase != nullptr ? phase + j * shape.voxels() : nullptr;
-            report.images[j] = plans.reconstruct(k, options.output, image + j * values, phase_of_image);
-        }
-    };
-
-    run_on_threads(report.threads, run);
-    return report;
+    // The noise covariance or scan is related to the unit-scale data by the
+    // same exponent (see noise_exponent).
+    const std::vector<Complex> unit_kspace = times_power_of_two(kspace, shape.samples(), -exponent);
+    ReconOptions unit_options = options;
+    unit_options.noise_exponent += exponent;
+    return reconstruct_through_coil_steps(shape, unit_kspace.data(), unit_options, plans, image, phase);
 }
 
 }  // namespace
@@ -88,7 +115,7 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
 ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
                                   const MethodPlans& plans, float* image, float* phase)
 {
-    return reconstruct_unit_scale(shape, kspace, options, image, phase, &plans);
+    return reconstruct_at_unit_scale(shape, kspace, 0, options, image, phase, &plans);
 }
 
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
@@ -96,19 +123,15 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
 {
     validate_options(options, shape);
     const int exponent = unit_exponent(check_kspace_values(shape, kspace));
+    // Data of any other scale run at unit scale. A power of two changes no
+    // digit, so the result is that of the unit-scale data times 2^exponent,
+    // bit for bit, and no step sees its squares or fourth powers (the
+    // sensitivities' power iteration, the noise estimate, the weighting)
+    // underflow or overflow single precision.
+    ReconReport report = reconstruct_at_unit_scale(shape, kspace, exponent, options, image, phase, plans);
     if (exponent == 0) {
-        return reconstruct_unit_scale(shape, kspace, options, image, phase, plans);
+        return report;
     }
-    // Data of any other scale run at unit scale, the noise covariance or scan
-    // related to them by the same exponent (see noise_exponent). A power of
-    // two changes no digit, so the result is that of the unit-scale data
-    // times 2^exponent, bit for bit, and no step sees its squares or fourth
-    // powers (the sensitivities' power iteration, the noise estimate, the
-    // weighting) underflow or overflow single precision.
-    const std::vector<Complex> unit_kspace = times_power_of_two(kspace, shape.samples(), -exponent);
-    ReconOptions unit_options = options;
-    unit_options.noise_exponent += exponent;
-    ReconReport report = reconstruct_unit_scale(shape, unit_kspace.data(), unit_options, image, phase, plans);
     const Index values = shape.voxels() * result_images(shape, options) * values_per_sample(options.output);
     for (Index i = 0; i < values; ++i) {
         image[i] = std::ldexp(image[i], exponent);
