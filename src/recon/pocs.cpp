@@ -394,7 +394,7 @@ double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* 
 
 PocsTransforms::PocsTransforms(const PocsPlan& plan)
     : all(plan.box.n, {true, true, true}),
-      full_axes(extents_of(plan.box), {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}, true),
+      full_axes(extents_of(plan.box), {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}),
       block(plan.blocks.wide.sizes, plan.box.partial, true), last_block(plan.blocks.last.sizes, plan.box.partial, true)
 {
 }
