@@ -103,11 +103,13 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %     'Iterations'  POCS: at most this many iterations (default 20; the
 %                   error was still falling between 10 and 20 on the
 %                   phantoms and flat or rising beyond 40).
-%     'Tolerance'   POCS: stop once the relative change of the image in an
-%                   iteration falls below this (default 2e-4); 0 runs
-%                   exactly 'Iterations'.
-%     'Threads'     volumes reconstructed at once (default 0: one per core).
-%                   The result does not depend on it.
+%     'Tolerance'   POCS: a block of lines (one partial axis) or planes
+%                   (two) stops once its relative change in an iteration
+%                   falls below this (default 2e-4); 0 runs exactly
+%                   'Iterations'.
+%     'Threads'     threads of the call (default 0: one per core): volumes
+%                   reconstructed at once, and threads left over share the
+%                   blocks of one image. The result does not depend on it.
 %     'Constraint'  POCS image constraint: 'real' keeps Re(x e^{-i phi})
 %                   e^{i phi} (right for images that ring across zero, 3-4x
 %                   lower error there), 'magnitude' keeps |x| e^{i phi}
@@ -226,9 +228,11 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                  an end, NaN where not judged; one_sided), warnings (struct
 %                  array: identifier, message; also raised as warnings), and
 %                  per coil image:
-%                  method, constraint (the form kept), iterations (run),
-%                  change (the last relative change), residual (relative
-%                  data residual of the last projection), echo_offset (3 x
+%                  method, constraint (the form kept), iterations (3 x
+%                  images: the fewest, median and most that POCS's blocks
+%                  ran), change (the largest last relative change of a
+%                  block), residual (relative data residual of the last
+%                  projections), echo_offset (3 x
 %                  images: the k-space peak per partial axis), threads,
 %                  combination ('adaptive', 'rss' or 'none'), noise_source
 %                  ('covariance', 'noise scan', 'estimated' or 'none'),
@@ -248,11 +252,14 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %   (HOMODYNE_RECON_MEX, which never writes into its inputs), the same core
 %   as the command line homodyne-recon and Python's homodyne.recon, which
 %   take the same options with the same defaults and give the same image
-%   (bit for bit for one-pass homodyne). POCS runs
-%   its iterations with FFTs along the partial axes only, planned by timing
-%   (FFTW_MEASURE): the first call for a new image size and set of partial
-%   axes in a session spends about 1-14 s planning (256 x 256 x 64 here);
-%   later calls reuse the plans. Measured plans may differ between sessions,
+%   (bit for bit for one-pass homodyne). POCS transforms the fully sampled
+%   axes once; the problem then falls apart into lines (one partial axis)
+%   or planes (two), which it iterates a block at a time in cache, every
+%   block stopping on its own (three partial axes: the whole volume at
+%   once). The blocks' FFTs are planned by timing (FFTW_MEASURE): the first
+%   call for a new image size and set of partial axes in a session spends
+%   a fraction of a second planning (256 x 256 x 64 here); later calls
+%   reuse the plans. Measured plans may differ between sessions,
 %   so POCS results may differ between sessions by single-precision
 %   rounding; within a session they are repeatable.
 %
