@@ -123,7 +123,9 @@ ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input)
 
     call.prepared_data = input.data;
     call.prepared_exponent = exponent;
-    if (call.zero_outside || !copy.empty()) {
+    // Data that are only off unit scale are read in place at execution (the
+    // core scales them as it copies them in): no copy is kept for them.
+    if (call.zero_outside || !usable_in_place(input, call.layout, strides, 0)) {
         if (copy.empty()) {
             unit_kspace(input, call.layout, exponent, true, call.options.ranges, copy);
         } else if (call.zero_outside) {
@@ -145,13 +147,20 @@ ReconInfo execute(const ReconPlan& plan, const KspaceInput& input, const ReconBu
                                                   "; the plan was made for " + size_text(call.layout.dims) + ".");
     }
     ReconInfo info;
+    // The caller's k-space is read in place where its layout allows and no
+    // step here needs it at unit scale (the zero-filled image); else a copy.
     std::vector<Complex> copy;
     const Complex* kspace = nullptr;
-    if (input.data == call.prepared_data) {
-        info.scale_exponent = call.prepared_exponent;
-        kspace = call.prepared_copy ? call.prepared_copy->data() : static_cast<const Complex*>(input.data);
+    int read_exponent = 0;  // the core reads kspace times 2^-read_exponent
+    const std::vector<Index> strides = strides_of(input, call.layout);
+    const bool prepared = input.data == call.prepared_data;
+    info.scale_exponent = prepared ? call.prepared_exponent : unit_exponent_of(input, call.layout, strides);
+    if (prepared && call.prepared_copy) {
+        kspace = call.prepared_copy->data();
+    } else if (!call.zero_outside && buffers.zero_filled == nullptr && usable_in_place(input, call.layout, strides, 0)) {
+        kspace = static_cast<const Complex*>(input.data);
+        read_exponent = info.scale_exponent;
     } else {
-        info.scale_exponent = unit_exponent_of(input, call.layout, strides_of(input, call.layout));
         kspace = unit_kspace(input, call.layout, info.scale_exponent, call.zero_outside, call.options.ranges, copy);
     }
 
@@ -168,7 +177,7 @@ ReconInfo execute(const ReconPlan& plan, const KspaceInput& input, const ReconBu
     const Index samples = result.shape.samples(), values = values_per_sample(options.output);
     std::vector<float> image(direct ? 0 : static_cast<std::size_t>(samples * values));
     std::vector<float> phase(direct || buffers.phase == nullptr ? 0 : static_cast<std::size_t>(samples));
-    info.report = reconstruct_validated(call.shape, kspace, options, plan.methods(),
+    info.report = reconstruct_validated(call.shape, kspace, read_exponent, options, plan.methods(),
                                         direct ? buffers.image : image.data(),
                                         direct ? buffers.phase : (buffers.phase != nullptr ? phase.data() : nullptr));
     if (!direct) {

@@ -88,34 +88,28 @@ ReconReport reconstruct_images(const ReconShape& shape, const Complex* kspace, i
 }
 
 // The reconstruction of k-space whose largest part lies in [1, 2) once
-// times 2^-exponent. The coil and noise steps read the k-space more than
-// once and get a unit-scale copy; the plain path scales as it copies in.
-ReconReport reconstruct_at_unit_scale(const ReconShape& shape, const Complex* kspace, int exponent,
-                                      const ReconOptions& options, float* image, float* phase,
-                                      const MethodPlans* given_plans)
+// times 2^-exponent, with options relative to that unit-scale k-space. The
+// coil and noise steps read the k-space more than once and get a unit-scale
+// copy; the plain path scales as it copies in.
+ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspace, int exponent,
+                                   const ReconOptions& options, const MethodPlans& plans, float* image, float* phase)
 {
-    std::optional<MethodPlans> own_plans;  // made before a thread starts
-    const MethodPlans& plans = given_plans != nullptr ? *given_plans : own_plans.emplace(shape, options);
     if (!through_coil_steps(shape, options)) {
         return reconstruct_images(shape, kspace, exponent, options, plans, image, phase);
     }
     if (exponent == 0) {
         return reconstruct_through_coil_steps(shape, kspace, options, plans, image, phase);
     }
-    // The noise covariance or scan is related to the unit-scale data by the
-    // same exponent (see noise_exponent).
     const std::vector<Complex> unit_kspace = times_power_of_two(kspace, shape.samples(), -exponent);
-    ReconOptions unit_options = options;
-    unit_options.noise_exponent += exponent;
-    return reconstruct_through_coil_steps(shape, unit_kspace.data(), unit_options, plans, image, phase);
+    return reconstruct_through_coil_steps(shape, unit_kspace.data(), options, plans, image, phase);
 }
 
 }  // namespace
 
-ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
-                                  const MethodPlans& plans, float* image, float* phase)
+ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, int exponent,
+                                  const ReconOptions& options, const MethodPlans& plans, float* image, float* phase)
 {
-    return reconstruct_at_unit_scale(shape, kspace, 0, options, image, phase, &plans);
+    return reconstruct_unit_scale(shape, kspace, exponent, options, plans, image, phase);
 }
 
 ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const ReconOptions& options, float* image,
@@ -123,12 +117,17 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
 {
     validate_options(options, shape);
     const int exponent = unit_exponent(check_kspace_values(shape, kspace));
-    // Data of any other scale run at unit scale. A power of two changes no
-    // digit, so the result is that of the unit-scale data times 2^exponent,
-    // bit for bit, and no step sees its squares or fourth powers (the
-    // sensitivities' power iteration, the noise estimate, the weighting)
-    // underflow or overflow single precision.
-    ReconReport report = reconstruct_at_unit_scale(shape, kspace, exponent, options, image, phase, plans);
+    std::optional<MethodPlans> own_plans;  // made before a thread starts
+    const MethodPlans& call_plans = plans != nullptr ? *plans : own_plans.emplace(shape, options);
+    // Data of any other scale run at unit scale, the noise covariance or scan
+    // related to them by the same exponent (see noise_exponent). A power of
+    // two changes no digit, so the result is that of the unit-scale data
+    // times 2^exponent, bit for bit, and no step sees its squares or fourth
+    // powers (the sensitivities' power iteration, the noise estimate, the
+    // weighting) underflow or overflow single precision.
+    ReconOptions unit_options = options;
+    unit_options.noise_exponent += exponent;
+    ReconReport report = reconstruct_unit_scale(shape, kspace, exponent, unit_options, call_plans, image, phase);
     if (exponent == 0) {
         return report;
     }

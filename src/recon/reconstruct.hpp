@@ -74,10 +74,14 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
                          float* phase = nullptr, const MethodPlans* plans = nullptr);
 
 // As reconstruct(), for a caller that has validated `options` against `shape`
-// (validate_options) and brought the k-space to unit scale (its largest part
-// in [1, 2)).
-ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, const ReconOptions& options,
-                                  const MethodPlans& plans, float* image, float* phase = nullptr);
+// (validate_options) and knows the k-space's scale: `kspace` times
+// 2^-exponent has its largest part in [1, 2), and the options' noise
+// reference is related to that unit-scale k-space. The images are those of
+// the unit-scale k-space; the plain path scales the samples as it copies
+// them in, the coil and noise steps get a unit-scale copy.
+ReconReport reconstruct_validated(const ReconShape& shape, const Complex* kspace, int exponent,
+                                  const ReconOptions& options, const MethodPlans& plans, float* image,
+                                  float* phase = nullptr);
 
 // Refuses k-space holding NaN or Inf (homodyne:badInput) or values so large
 // that a transform of the image size could overflow single precision
