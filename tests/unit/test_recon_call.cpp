@@ -170,6 +170,21 @@ TEST(ReconCall, DataOfAnyScaleGiveTheUnitImageAndTheirExponent)
     EXPECT_EQ(scaled.image, unit.image);
     std::vector<float> overflowing = unit.image;
     EXPECT_THROW(restore_scale(overflowing.data(), Index(overflowing.size()), 900, "IMG"), ReconError);
+
+    // Single precision off unit scale is read in place by both methods, the
+    // samples scaled as the core copies them in: the same image.
+    std::vector<Complex> tiny(k);
+    for (Complex& v : tiny) {
+        v = Complex(std::ldexp(v.real(), -100), std::ldexp(v.imag(), -100));
+    }
+    for (const char* method : {"pocs", "homodyne"}) {
+        const ReconSettings plain = settings_with({{"NoiseAdaptive", OptionValue::of_boolean(false)},
+                                                   {"Method", OptionValue::of_text(method)}});
+        const Result at_unit = run(plain, input_of(k, {nx, ny}));
+        const Result in_place = run(plain, input_of(tiny, {nx, ny}));
+        EXPECT_EQ(in_place.info.scale_exponent, at_unit.info.scale_exponent - 100);
+        EXPECT_EQ(in_place.image, at_unit.image) << method;
+    }
 }
 
 TEST(ReconCall, AnAcquisitionBringsItsCoilsAndNoiseUnlessTheCallNamesThem)
