@@ -9,7 +9,7 @@ function run_benchmarks(core_bench, results_file)
 %   - homodyne_recon beside bart homodyne and the vectorized chain
 %     (TIME_RECON);
 %   - the accuracy comparison with bart (COMPARE_BART);
-%   - POCS: an iteration against its FFTs, accuracy beside zero filling,
+%   - POCS: a call against one 3-D FFT, accuracy beside zero filling,
 %     bart and one-pass homodyne with and without noise, speed against a
 %     vectorized-Octave POCS (COMPARE_POCS).
 %   It prints one performance table (case, time, the baseline measured in
