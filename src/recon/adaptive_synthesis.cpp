@@ -134,7 +134,8 @@ void weight_quadrature(std::complex<float>* image, const std::complex<float>* ph
                        float component_power, SynthesisReport& report)
 {
     report.quadrature_weight = 1.0;
-    if (!(component_power > 0.0f)) {
+    report.quadrature_weighted = component_power > 0.0f;
+    if (!report.quadrature_weighted) {
         return;
     }
     const Index count = n[0] * n[1] * n[2];

@@ -54,6 +54,7 @@ struct SynthesisReport {
     Index synthesised = 0;           // weighted samples: not acquired, their partner acquired
     double mean_weight = 1.0;        // their mean weight
     Index removed = 0;               // of them, weighted 0
+    bool quadrature_weighted = false;
     double quadrature_weight = 1.0;  // mean weight of the quadrature component
 };
 
@@ -71,6 +72,6 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
 
 // `image` of sizes n, `phase` its estimated phase as unit values (same
 // order), `component_power` the noise power of one real component of a
-// voxel. Fills report.quadrature_weight.
+// voxel. Fills report.quadrature_weighted and report.quadrature_weight.
 void weight_quadrature(std::complex<float>* image, const std::complex<float>* phase, const std::array<Index, 3>& n,
                        float component_power, SynthesisReport& report);

@@ -135,6 +135,11 @@ TEST(CoilPipeline, NoiseLevelReportedAndNoiselessDataLeftAlone)
     EXPECT_NEAR(report.coil_sigma.at(0), 0.5f, 0.05f);
     EXPECT_EQ(report.synthesis.size(), 1u);
     EXPECT_LT(report.synthesis[0].mean_weight, 1.0);
+    EXPECT_FALSE(report.synthesis[0].quadrature_weighted);  // complex output keeps its phase
+    ReconOptions magnitude = partial_y(true, 16);
+    magnitude.output = ReconOutput::magnitude;
+    run(shape, coil_kspace(shape, 0.5f, 2), magnitude, &report);
+    EXPECT_TRUE(report.synthesis[0].quadrature_weighted);
     EXPECT_LT(report.synthesis[0].quadrature_weight, 1.0);
 
     ReconOptions known = partial_y(true, 16);
