@@ -66,17 +66,26 @@ InfoValue detection_value(const RangeDetection& detection)
     return InfoValue::of_list(std::move(axes));
 }
 
-// What the noise-adaptive step did: on which images, with which noise sigma,
-// the mean weight of the synthesised samples, the fraction weighted 0 and the
+// What the noise-adaptive step did: on which images, which of its weights
+// acted ("synthesised samples": some image had samples to synthesise;
+// "quadrature component": magnitude output), with which noise sigma, the
+// mean weight of the synthesised samples, the fraction weighted 0 and the
 // mean weight of the quadrature component.
 InfoValue adaptive_value(const ReconReport& report, double scale)
 {
     std::vector<double> mean_weight, removed, quadrature, sigma;
+    bool synthesis_weighted = false, quadrature_weighted = false;
     for (const SynthesisReport& r : report.synthesis) {
         mean_weight.push_back(r.mean_weight);
         removed.push_back(r.synthesised > 0 ? double(r.removed) / double(r.synthesised) : 0.0);
         quadrature.push_back(r.quadrature_weight);
+        synthesis_weighted = synthesis_weighted || r.synthesised > 0;
+        quadrature_weighted = quadrature_weighted || r.quadrature_weighted;
     }
+    const std::string steps = synthesis_weighted && quadrature_weighted ? "synthesised samples, quadrature component"
+                              : synthesis_weighted                      ? "synthesised samples"
+                              : quadrature_weighted                     ? "quadrature component"
+                                                                        : "none";
     for (const float s : report.image_sigma) {
         sigma.push_back(s * scale);
     }
@@ -84,6 +93,7 @@ InfoValue adaptive_value(const ReconReport& report, double scale)
                              : report.combination == CoilCombination::adaptive ? "combined image"
                                                                              : "each coil image";
     return InfoValue::of_record({{"applied_to", InfoValue::of_text(applied_to)},
+                                 {"steps", InfoValue::of_text(steps)},
                                  {"sigma", InfoValue::of_matrix(sigma, 1)},
                                  {"mean_weight", InfoValue::of_matrix(mean_weight, 1)},
                                  {"removed", InfoValue::of_matrix(removed, 1)},
