@@ -130,7 +130,10 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
         whiten_coils(whitened.data(), shape, noise.whitening);
         data = whitened.data();
     }
-    const bool weighting = options.noise_adaptive && noise.source != NoiseSource::none;
+    // Complex output keeps the phase and the noise as measured (see
+    // adaptive_synthesis.hpp); the noise level is still reported.
+    const bool weighting =
+        options.noise_adaptive && noise.source != NoiseSource::none && options.output != ReconOutput::complex;
 
     const Index voxels = shape.voxels();
     const Index images = shape.coils * shape.volumes;

@@ -12,7 +12,7 @@ SynthesisReport noise_adaptive_step(const VolumeTransform& transform, Complex* i
     const float voxels = static_cast<float>(transform.voxels());
     to_fft_order(image, transform.n(), scratch);
     transform.forward(scratch);
-    weight_synthesised_samples(scratch, transform.n(), ranges, noise_power, form, KSpaceOrder::origin_first, report);
+    weight_samples_by_snr(scratch, transform.n(), ranges, noise_power, form, KSpaceOrder::origin_first, report);
     transform.inverse(scratch);
     to_centred(scratch, transform.n(), 1.0f / voxels, image);
     if (quadrature) {

@@ -67,25 +67,30 @@ InfoValue detection_value(const RangeDetection& detection)
 }
 
 // What the noise-adaptive step did: on which images, which of its weights
-// acted ("synthesised samples": some image had samples to synthesise;
-// "quadrature component": magnitude output), with which noise sigma, the
-// mean weight of the synthesised samples, the fraction weighted 0 and the
-// mean weight of the quadrature component.
+// acted (steps: "measured samples", "synthesised samples" where some image
+// had samples to synthesise, "quadrature component" for magnitude output,
+// or "none"), with which noise sigma, the mean weight of the measured and of
+// the synthesised samples, the fraction of these weighted 0 and the mean
+// weight of the quadrature component.
 InfoValue adaptive_value(const ReconReport& report, double scale)
 {
-    std::vector<double> mean_weight, removed, quadrature, sigma;
+    std::vector<double> measured_weight, mean_weight, removed, quadrature, sigma;
     bool synthesis_weighted = false, quadrature_weighted = false;
     for (const SynthesisReport& r : report.synthesis) {
+        measured_weight.push_back(r.measured_weight);
         mean_weight.push_back(r.mean_weight);
         removed.push_back(r.synthesised > 0 ? double(r.removed) / double(r.synthesised) : 0.0);
         quadrature.push_back(r.quadrature_weight);
         synthesis_weighted = synthesis_weighted || r.synthesised > 0;
         quadrature_weighted = quadrature_weighted || r.quadrature_weighted;
     }
-    const std::string steps = synthesis_weighted && quadrature_weighted ? "synthesised samples, quadrature component"
-                              : synthesis_weighted                      ? "synthesised samples"
-                              : quadrature_weighted                     ? "quadrature component"
-                                                                        : "none";
+    std::string steps = report.synthesis.empty() ? "none" : "measured samples";
+    if (synthesis_weighted) {
+        steps += ", synthesised samples";
+    }
+    if (quadrature_weighted) {
+        steps += ", quadrature component";
+    }
     for (const float s : report.image_sigma) {
         sigma.push_back(s * scale);
     }
@@ -95,6 +100,7 @@ InfoValue adaptive_value(const ReconReport& report, double scale)
     return InfoValue::of_record({{"applied_to", InfoValue::of_text(applied_to)},
                                  {"steps", InfoValue::of_text(steps)},
                                  {"sigma", InfoValue::of_matrix(sigma, 1)},
+                                 {"measured_weight", InfoValue::of_matrix(measured_weight, 1)},
                                  {"mean_weight", InfoValue::of_matrix(mean_weight, 1)},
                                  {"removed", InfoValue::of_matrix(removed, 1)},
                                  {"quadrature_weight", InfoValue::of_matrix(quadrature, 1)}});
