@@ -231,8 +231,9 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                   coil image from the data (a high-pass of the acquired
 %                   block, robustly fitted: within 6 % on phantoms and
 %                   anatomy at SNR 20 and 50; images of fewer than 1024
-%                   samples are not weighted); it is reported in INFO for
-%                   fully sampled data too.
+%                   samples are not weighted, and fully sampled ones keep
+%                   their own phase); it is reported in INFO for fully
+%                   sampled data too.
 %                   The default is the same for every method, output and
 %                   front end (the command line and Python too).
 %     'Dims'        2 or 3 (default; 2 with 'Coils', 3): the number of
@@ -246,9 +247,9 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                  (it keeps the real part). No output holds NaN or Inf.
 %     PHASE        the phase estimate the method used, in radians (POCS:
 %                  from the windowed centre; one-pass: the low-resolution
-%                  phase; fully sampled data with 'NoiseAdaptive' and real
-%                  or magnitude output: that of the centre a quarter of
-%                  every axis wide), 0 where none exists. Computed only
+%                  phase; fully sampled data weighted by 'NoiseAdaptive',
+%                  real or magnitude output: that of the centre a quarter
+%                  of every axis wide), 0 where none exists. Computed only
 %                  when asked for.
 %     ZERO_FILLED  the magnitude of the inverse DFT of KSPACE with the
 %                  planes outside the ranges zero (KSPACE as it is when

@@ -116,8 +116,6 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     const VolumeTransform& all = plans.all();
     const SampledBox box = sampled_box(shape, options.ranges);
     const bool nothing_missing = !box.partial[0] && !box.partial[1] && !box.partial[2];
-    const bool centre_phase = nothing_missing && options.noise_adaptive && options.output != ReconOutput::complex;
-    const SampledBox calibration_box = centre_phase ? phase_centre(shape) : box;
     // The quadrature component is weighted for magnitude output only: real
     // output drops it whole, and complex output keeps the phase as measured.
     const bool quadrature = options.output == ReconOutput::magnitude;
@@ -134,6 +132,8 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     // adaptive_synthesis.hpp); the noise level is still reported.
     const bool weighting =
         options.noise_adaptive && noise.source != NoiseSource::none && options.output != ReconOutput::complex;
+    const bool centre_phase = nothing_missing && weighting;
+    const SampledBox calibration_box = centre_phase ? phase_centre(shape) : box;
 
     const Index voxels = shape.voxels();
     const Index images = shape.coils * shape.volumes;
