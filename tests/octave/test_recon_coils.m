@@ -35,7 +35,11 @@ end
 function eight_coils_combine_to_the_object(~)
   [k, expected, full] = coil_phantom([64 64], 8);
   % The combination keeps the reference coil's phase: compare magnitudes.
-  assert(scaled_error(homodyne_recon(full, 'Coils', 3, 'Output', 'magnitude'), abs(expected)) < 1e-3);
+  % Fully sampled, the noise treatment takes the sensitivities from the
+  % coils' windowed centres, without it from the whole images.
+  plain_full = homodyne_recon(full, 'Coils', 3, 'Output', 'magnitude', 'NoiseAdaptive', false);
+  assert(scaled_error(plain_full, abs(expected)) < 1e-3);
+  assert(scaled_error(homodyne_recon(full, 'Coils', 3, 'Output', 'magnitude'), abs(expected)) < 5e-3);
   [img, ~, zero_filled, info, sensitivities] = homodyne_recon(k, 'Coils', 3, 'Output', 'complex');
   assert(isequal(size(img), [64 64]) && isequal(size(sensitivities), [64 64 8]));
   assert(strcmp(info.combination, 'adaptive') && strcmp(info.adaptive.applied_to, 'none'));   % complex: as measured
