@@ -72,7 +72,7 @@ function report = compare_coils()
   shepp_logan = double(bart('phantom -x 256'));
   for o = [1 2]
     for snr = [Inf 20]
-      coil_rows(end + 1, :) = {sprintf('bart phantom -s 8, %s', names{o}(strfind(names{o}, 'ky'):end)), snr, ...
+      coil_rows(end + 1, :) = {['bart phantom -s 8, ' regexprep(names{o}, '^[^,]*, ', '')], snr, ...
                                coil_case(shepp_logan, ranges{o}, snr, @bart_sensitivities)};
     end
   end
