@@ -1,11 +1,13 @@
 #include "io/image_writer.hpp"
 
 #include <ismrmrd/dataset.h>
+#include <ismrmrd/meta.h>
 
 #include <cmath>
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <sstream>
 
 #include "io/raw_file_check.hpp"
 #include "recon/recon_error.hpp"
@@ -49,11 +51,24 @@ void fill_header(ISMRMRD::Image<T>& image, const RawKspace& scan, const VolumeGe
     image.setImageSeriesIndex(series);
 }
 
+std::string serialised(const ImageMeta& meta)
+{
+    ISMRMRD::MetaContainer container;
+    for (const auto& [name, values] : meta) {
+        for (const std::string& value : values) {
+            container.append(name.c_str(), value.c_str());
+        }
+    }
+    std::ostringstream text;
+    ISMRMRD::serialize(container, text);
+    return text.str();
+}
+
 // Opens a fresh file with the scan's XML header and appends one image per
 // volume, each made by `convert` from the volume's values.
 template <typename T, typename Value, typename Convert>
 void write_images(const std::string& path, const RawKspace& scan, const ReconShape& shape, const Value* images,
-                  std::uint16_t series, std::uint16_t type, Convert convert)
+                  std::uint16_t series, const ImageMeta& meta, std::uint16_t type, Convert convert)
 {
     check_shape(path, scan, shape);
     QuietHdf5 quiet;
@@ -63,6 +78,9 @@ void write_images(const std::string& path, const RawKspace& scan, const ReconSha
         dataset.writeHeader(scan.xml_header);
         ISMRMRD::Image<T> image(static_cast<std::uint16_t>(shape.n[0]), static_cast<std::uint16_t>(shape.n[1]),
                                 static_cast<std::uint16_t>(shape.n[2]), static_cast<std::uint16_t>(shape.coils));
+        if (!meta.empty()) {
+            image.setAttributeString(serialised(meta));
+        }
         for (Index v = 0; v < shape.volumes; ++v) {
             fill_header(image, scan, scan.volumes[v], v, series, type);
             const Value* from = images + v * shape.volume_stride();
@@ -82,29 +100,29 @@ void write_images(const std::string& path, const RawKspace& scan, const ReconSha
 std::string image_variable(std::uint16_t series) { return "image_" + std::to_string(series); }
 
 void write_magnitude_images(const std::string& path, const RawKspace& scan, const ReconShape& shape, const float* images,
-                            std::uint16_t series)
+                            std::uint16_t series, const ImageMeta& meta)
 {
-    write_images<float>(path, scan, shape, images, series, ISMRMRD::ISMRMRD_IMTYPE_MAGNITUDE,
+    write_images<float>(path, scan, shape, images, series, meta, ISMRMRD::ISMRMRD_IMTYPE_MAGNITUDE,
                         [](float value) { return std::fabs(value); });
 }
 
 void write_magnitude_images(const std::string& path, const RawKspace& scan, const ReconShape& shape,
-                            const std::complex<float>* images, std::uint16_t series)
+                            const std::complex<float>* images, std::uint16_t series, const ImageMeta& meta)
 {
-    write_images<float>(path, scan, shape, images, series, ISMRMRD::ISMRMRD_IMTYPE_MAGNITUDE,
+    write_images<float>(path, scan, shape, images, series, meta, ISMRMRD::ISMRMRD_IMTYPE_MAGNITUDE,
                         [](std::complex<float> value) { return std::abs(value); });
 }
 
 void write_real_images(const std::string& path, const RawKspace& scan, const ReconShape& shape, const float* images,
-                       std::uint16_t series)
+                       std::uint16_t series, const ImageMeta& meta)
 {
-    write_images<float>(path, scan, shape, images, series, ISMRMRD::ISMRMRD_IMTYPE_REAL,
+    write_images<float>(path, scan, shape, images, series, meta, ISMRMRD::ISMRMRD_IMTYPE_REAL,
                         [](float value) { return value; });
 }
 
 void write_complex_images(const std::string& path, const RawKspace& scan, const ReconShape& shape,
-                          const std::complex<float>* images, std::uint16_t series)
+                          const std::complex<float>* images, std::uint16_t series, const ImageMeta& meta)
 {
-    write_images<std::complex<float>>(path, scan, shape, images, series, ISMRMRD::ISMRMRD_IMTYPE_COMPLEX,
+    write_images<std::complex<float>>(path, scan, shape, images, series, meta, ISMRMRD::ISMRMRD_IMTYPE_COMPLEX,
                                       [](std::complex<float> value) { return value; });
 }

@@ -74,17 +74,16 @@ inline float weight_of(float power, float noise)
 
 }  // namespace
 
-void weight_synthesised_samples(std::complex<float>* kspace, const std::array<Index, 3>& n,
-                                const SampledRanges& ranges, float noise_power, PhaseConstraint form,
-                                KSpaceOrder order, SynthesisReport& report)
+void weight_samples_by_snr(std::complex<float>* kspace, const std::array<Index, 3>& n, const SampledRanges& ranges,
+                           float noise_power, PhaseConstraint form, KSpaceOrder order, SynthesisReport& report)
 {
     report.synthesised = 0;
     report.mean_weight = 1.0;
     report.removed = 0;
+    report.measured_weight = 1.0;
     if (!(noise_power > 0.0f)) {
         return;
     }
-    const Index count = n[0] * n[1] * n[2];
     std::array<std::vector<Index>, 3> mirrored;
     std::array<std::vector<char>, 3> sampled;
     for (int axis = 0; axis < 3; ++axis) {
@@ -94,7 +93,9 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
         }
     }
 
-    std::vector<float> power(static_cast<std::size_t>(count));
+    // power[s]: the smoothed power around the partner of sample s; around s
+    // itself it is power[mirror(s)] (the box is symmetric and periodic).
+    std::vector<float> power(static_cast<std::size_t>(n[0] * n[1] * n[2]));
     std::size_t s = 0;
     for (Index z = 0; z < n[2]; ++z) {
         for (Index y = 0; y < n[1]; ++y) {
@@ -106,27 +107,36 @@ void weight_synthesised_samples(std::complex<float>* kspace, const std::array<In
     }
     smooth(power, n);
 
-    const float noise = (form == PhaseConstraint::magnitude ? 1.0f : 2.0f) * noise_power;
-    double weights = 0.0;
+    const float synthesis_noise = (form == PhaseConstraint::magnitude ? 1.0f : 2.0f) * noise_power;
+    double synthesised_weights = 0.0, measured_weights = 0.0;
+    Index measured = 0;
     s = 0;
     for (Index z = 0; z < n[2]; ++z) {
         for (Index y = 0; y < n[1]; ++y) {
             const bool line_sampled = sampled[1][y] && sampled[2][z];
             const bool partner_line_sampled = sampled[1][mirrored[1][y]] && sampled[2][mirrored[2][z]];
+            const Index partner_line = (mirrored[1][y] + mirrored[2][z] * n[1]) * n[0];
             for (Index x = 0; x < n[0]; ++x, ++s) {
-                if ((line_sampled && sampled[0][x]) || !(partner_line_sampled && sampled[0][mirrored[0][x]])) {
-                    continue;
+                float weight = 1.0f;
+                if (line_sampled && sampled[0][x]) {
+                    weight = weight_of(power[partner_line + mirrored[0][x]], noise_power);
+                    measured_weights += weight;
+                    ++measured;
+                } else if (partner_line_sampled && sampled[0][mirrored[0][x]]) {
+                    weight = weight_of(power[s], synthesis_noise);
+                    synthesised_weights += weight;
+                    report.removed += weight == 0.0f;
+                    ++report.synthesised;
                 }
-                const float weight = weight_of(power[s], noise);
                 kspace[s] = weight * kspace[s];
-                weights += weight;
-                report.removed += weight == 0.0f;
-                ++report.synthesised;
             }
         }
     }
     if (report.synthesised > 0) {
-        report.mean_weight = weights / static_cast<double>(report.synthesised);
+        report.mean_weight = synthesised_weights / static_cast<double>(report.synthesised);
+    }
+    if (measured > 0) {
+        report.measured_weight = measured_weights / static_cast<double>(measured);
     }
 }
 
@@ -134,7 +144,8 @@ void weight_quadrature(std::complex<float>* image, const std::complex<float>* ph
                        float component_power, SynthesisReport& report)
 {
     report.quadrature_weight = 1.0;
-    if (!(component_power > 0.0f)) {
+    report.quadrature_weighted = component_power > 0.0f;
+    if (!report.quadrature_weighted) {
         return;
     }
     const Index count = n[0] * n[1] * n[2];

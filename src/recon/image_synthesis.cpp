@@ -6,16 +6,18 @@
 
 SynthesisReport noise_adaptive_step(const VolumeTransform& transform, Complex* image, const Complex* phase,
                                     const SampledRanges& ranges, float noise_power, PhaseConstraint form,
-                                    Complex* scratch)
+                                    bool quadrature, Complex* scratch)
 {
     SynthesisReport report;
     const float voxels = static_cast<float>(transform.voxels());
     to_fft_order(image, transform.n(), scratch);
     transform.forward(scratch);
-    weight_synthesised_samples(scratch, transform.n(), ranges, noise_power, form, KSpaceOrder::origin_first, report);
+    weight_samples_by_snr(scratch, transform.n(), ranges, noise_power, form, KSpaceOrder::origin_first, report);
     transform.inverse(scratch);
     to_centred(scratch, transform.n(), 1.0f / voxels, image);
-    weight_quadrature(image, phase, transform.n(), noise_power / (2.0f * voxels), report);
+    if (quadrature) {
+        weight_quadrature(image, phase, transform.n(), noise_power / (2.0f * voxels), report);
+    }
     return report;
 }
 

@@ -1,21 +1,21 @@
 #pragma once
 // The last steps on one reconstructed complex image (centred, in image units:
 // the normalised inverse DFT of its k-space): the noise-adaptive weighting of
-// its synthesised k-space samples, and the output form.
+// its k-space samples, and the output form.
 
 #include "recon/adaptive_synthesis.hpp"
 #include "recon/recon_options.hpp"
 #include "recon/volume_transform.hpp"
 
 // The noise-adaptive step on `image`: forward transform (unnormalised, so
-// the k-space keeps the data's units), weight_synthesised_samples with
-// `noise_power` per sample, inverse transform, then weight_quadrature
-// against `phase` (unit values) with the noise of one image component,
-// noise_power / (2 voxels). `transform`: all three axes of the image's size;
-// `scratch`: transform.voxels() samples from ComplexBuffer.
+// the k-space keeps the data's units), weight_samples_by_snr with
+// `noise_power` per sample, inverse transform, then, when `quadrature`,
+// weight_quadrature against `phase` (unit values) with the noise of one
+// image component, noise_power / (2 voxels). `transform`: all three axes of
+// the image's size; `scratch`: transform.voxels() samples from ComplexBuffer.
 SynthesisReport noise_adaptive_step(const VolumeTransform& transform, Complex* image, const Complex* phase,
                                     const SampledRanges& ranges, float noise_power, PhaseConstraint form,
-                                    Complex* scratch);
+                                    bool quadrature, Complex* scratch);
 
 // `count` samples of `image` into `out` in the form `output`: complex as
 // interleaved pairs, real as Re(x conj(e)) with e the unit phase `phase`,

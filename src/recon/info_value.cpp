@@ -66,16 +66,30 @@ InfoValue detection_value(const RangeDetection& detection)
     return InfoValue::of_list(std::move(axes));
 }
 
-// What the noise-adaptive step did: on which images, with which noise sigma,
-// the mean weight of the synthesised samples, the fraction weighted 0 and the
-// mean weight of the quadrature component.
+// What the noise-adaptive step did: on which images, which of its weights
+// acted (steps: "measured samples", "synthesised samples" where some image
+// had samples to synthesise, "quadrature component" for magnitude output,
+// or "none"), with which noise sigma, the mean weight of the measured and of
+// the synthesised samples, the fraction of these weighted 0 and the mean
+// weight of the quadrature component.
 InfoValue adaptive_value(const ReconReport& report, double scale)
 {
-    std::vector<double> mean_weight, removed, quadrature, sigma;
+    std::vector<double> measured_weight, mean_weight, removed, quadrature, sigma;
+    bool synthesis_weighted = false, quadrature_weighted = false;
     for (const SynthesisReport& r : report.synthesis) {
+        measured_weight.push_back(r.measured_weight);
         mean_weight.push_back(r.mean_weight);
         removed.push_back(r.synthesised > 0 ? double(r.removed) / double(r.synthesised) : 0.0);
         quadrature.push_back(r.quadrature_weight);
+        synthesis_weighted = synthesis_weighted || r.synthesised > 0;
+        quadrature_weighted = quadrature_weighted || r.quadrature_weighted;
+    }
+    std::string steps = report.synthesis.empty() ? "none" : "measured samples";
+    if (synthesis_weighted) {
+        steps += ", synthesised samples";
+    }
+    if (quadrature_weighted) {
+        steps += ", quadrature component";
     }
     for (const float s : report.image_sigma) {
         sigma.push_back(s * scale);
@@ -84,7 +98,9 @@ InfoValue adaptive_value(const ReconReport& report, double scale)
                              : report.combination == CoilCombination::adaptive ? "combined image"
                                                                              : "each coil image";
     return InfoValue::of_record({{"applied_to", InfoValue::of_text(applied_to)},
+                                 {"steps", InfoValue::of_text(steps)},
                                  {"sigma", InfoValue::of_matrix(sigma, 1)},
+                                 {"measured_weight", InfoValue::of_matrix(measured_weight, 1)},
                                  {"mean_weight", InfoValue::of_matrix(mean_weight, 1)},
                                  {"removed", InfoValue::of_matrix(removed, 1)},
                                  {"quadrature_weight", InfoValue::of_matrix(quadrature, 1)}});

@@ -306,10 +306,19 @@ const std::vector<Row>& rows()
           "power per sample. Named as [], no prewhitening at all"},
          set_noise_reference},
         {{"NoiseAdaptive", OptionKind::boolean, "true|false", "true",
-          "after the partial-Fourier step, synthesised samples weighted by the\n"
-          "SNR of their measured partners, and the image's part at right angles\n"
-          "to its phase by its own SNR; the noise level from the covariance,\n"
-          "else estimated from the data"},
+          "after the partial-Fourier step, every k-space sample weighted by its\n"
+          "SNR (measured ones by their own, synthesised ones by their measured\n"
+          "partners'), and for magnitude output the image's part at right\n"
+          "angles to its phase by its own; complex output is left as measured.\n"
+          "Fully sampled data get the same (phase from the windowed centre, a\n"
+          "quarter of every axis), so partial data never come out cleaner than\n"
+          "full data through the same call (bench: 5 % or more above them;\n"
+          "single coil SNR 20, median 0.91 of the fully sampled noisy image).\n"
+          "On by default as it lowers the error of every noisy magnitude and\n"
+          "real image; off for fits that model Rician noise or rely on signal\n"
+          "near the noise (diffusion, relaxometry): the weights make the noise\n"
+          "non-Rician and correlated and shrink signal below it. The noise\n"
+          "level from the covariance, else estimated from the data"},
          [](ReconSettings& s, const OptionValue& v) { s.options.noise_adaptive = flag_of(v, "NoiseAdaptive"); }},
         {{"Iterations", OptionKind::whole_number, "N", "20",
           "POCS: at most N iterations, 1 to 10000 (the error still fell between\n"

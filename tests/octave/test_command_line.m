@@ -10,9 +10,35 @@ function cases = test_command_line()
   };
 end
 
-function run(command)
+function output = run(command)
   [status, output] = system(command);
   assert(status == 0, '%s failed: %s', command, output);
+end
+
+% The meta attributes of the command line's images (DUMP_IMAGES prints them,
+% a line each, name and values separated by tabs) say what INFO says.
+function assert_meta_is_info(dumped, info, t)
+  meta = containers.Map();
+  for line = strsplit(strtrim(dumped), "\n")
+    parts = strsplit(line{1}, "\t");
+    meta(parts{1}) = parts(2:end);
+  end
+  texts = {'method', info.method; 'combination', info.combination; 'noise_source', info.noise_source; ...
+           'adaptive.applied_to', info.adaptive.applied_to; 'adaptive.steps', info.adaptive.steps};
+  for f = 1:size(texts, 1)
+    assert(strcmp(meta(texts{f, 1}){1}, texts{f, 2}), 'case %d: %s is %s in the file, %s in info', t, ...
+           texts{f, 1}, meta(texts{f, 1}){1}, texts{f, 2});
+  end
+  numbers = {'noise_sigma', info.noise_sigma; 'adaptive.sigma', info.adaptive.sigma};
+  for f = 1:size(numbers, 1)
+    expected = double(numbers{f, 2}(:));
+    got = [];
+    if isKey(meta, numbers{f, 1})
+      got = str2double(meta(numbers{f, 1}))(:);
+    end
+    assert(numel(got) == numel(expected) && all(abs(got - expected) <= 1e-6 * abs(expected)), ...
+           'case %d: %s differs between the file and info', t, numbers{f, 1});
+  end
 end
 
 % Two coils, two volumes, ky and kz partial at opposite ends, noise readouts:
@@ -24,7 +50,8 @@ end
 % constraint. The same core gives the same image bit for bit: one-pass plans
 % its transforms without timing them, so both processes round alike; POCS's
 % timed plans may differ between processes by rounding, which could stop
-% them an iteration apart or tip the automatic constraint's trial.
+% them an iteration apart or tip the automatic constraint's trial. The
+% images' meta attributes carry what info says about the method and noise.
 function same_images_as_octave_from_the_file(~)
   sizes = [24 20 8];
   image = homodyne_phantom(sizes);
@@ -53,10 +80,10 @@ function same_images_as_octave_from_the_file(~)
     {acq, 'Tolerance', 0, 'Constraint', 'magnitude'}, '--tolerance 0 --constraint magnitude', [24 20 8 1 2], 1e-5
   };
   for t = 1:size(table, 1)
-    expected = homodyne_recon(k, table{t, 1}{:});
+    [expected, ~, ~, info] = homodyne_recon(k, table{t, 1}{:});
     images = test_data_file('cli_images.h5');
     run(sprintf('"%s" --quiet %s "%s" "%s"', getenv('HOMODYNE_RECON_PROGRAM'), table{t, 2}, file, images));
-    run(sprintf('"%s" "%s" "%s"', getenv('HOMODYNE_DUMP_IMAGES'), images, raw));
+    assert_meta_is_info(run(sprintf('"%s" "%s" "%s"', getenv('HOMODYNE_DUMP_IMAGES'), images, raw)), info, t);
     fid = fopen(raw, 'r');
     got = fread(fid, Inf, 'float32=>single');
     fclose(fid);

@@ -1,11 +1,13 @@
 // Test helper: writes the values of every image of an ISMRMRD image file
 // (the array image_1, as homodyne-recon writes it) one after the other to a
 // raw file, float32, complex values as interleaved pairs, for the Octave
-// tests and benchmarks.
+// tests and benchmarks; and to standard output the meta attributes of the
+// first image, a line each: the name, then its values, separated by tabs.
 //
 //   dump_images IMAGES.h5 OUT.raw
 
 #include <ismrmrd/dataset.h>
+#include <ismrmrd/meta.h>
 
 #include <complex>
 #include <fstream>
@@ -20,6 +22,17 @@ void dump(ISMRMRD::Dataset& file, std::size_t images, std::ofstream& out)
         ISMRMRD::Image<T> image;
         file.readImage("image_1", static_cast<uint32_t>(i), image);
         out.write(reinterpret_cast<const char*>(image.getDataPtr()), static_cast<std::streamsize>(image.getDataSize()));
+        if (i == 0 && image.getAttributeStringLength() > 0) {
+            ISMRMRD::MetaContainer meta;
+            ISMRMRD::deserialize(image.getAttributeString(), meta);
+            for (const auto& [name, values] : meta) {
+                std::cout << name;
+                for (const ISMRMRD::MetaValue& value : values) {
+                    std::cout << '\t' << value.as_str();
+                }
+                std::cout << '\n';
+            }
+        }
     }
 }
 

@@ -53,7 +53,7 @@ ReconOptions partial_y(bool adaptive, Index ny = 24)
     ReconOptions options;
     options.ranges[AXIS_Y] = KRange{-5, ny / 2 - 1};
     options.noise_adaptive = adaptive;
-    options.output = ReconOutput::complex;
+    options.output = ReconOutput::magnitude;
     return options;
 }
 
@@ -135,7 +135,18 @@ TEST(CoilPipeline, NoiseLevelReportedAndNoiselessDataLeftAlone)
     EXPECT_NEAR(report.coil_sigma.at(0), 0.5f, 0.05f);
     EXPECT_EQ(report.synthesis.size(), 1u);
     EXPECT_LT(report.synthesis[0].mean_weight, 1.0);
+    EXPECT_LT(report.synthesis[0].measured_weight, 1.0);
+    EXPECT_TRUE(report.synthesis[0].quadrature_weighted);
     EXPECT_LT(report.synthesis[0].quadrature_weight, 1.0);
+    // Complex output keeps the data as measured; the noise level is reported.
+    ReconOptions complex = partial_y(true, 16);
+    complex.output = ReconOutput::complex;
+    const std::vector<Complex> noisy = coil_kspace(shape, 0.5f, 2);
+    ReconOptions plain = complex;
+    plain.noise_adaptive = false;
+    EXPECT_EQ(run(shape, noisy, complex, &report), run(shape, noisy, plain));
+    EXPECT_TRUE(report.synthesis.empty());
+    EXPECT_NEAR(report.coil_sigma.at(0), 0.5f, 0.05f);
 
     ReconOptions known = partial_y(true, 16);
     known.noise_covariance = {0.25f};

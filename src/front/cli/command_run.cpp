@@ -10,9 +10,11 @@
 
 #include "front/cli/command_input.hpp"
 #include "front/cli/pending_file.hpp"
+#include "front/cli/report_meta.hpp"
 #include "front/cli/wisdom_file.hpp"
 #include "io/image_writer.hpp"
 #include "io/png_montage.hpp"
+#include "recon/info_value.hpp"
 #include "recon/recon_call.hpp"
 #include "recon/recon_error.hpp"
 
@@ -44,18 +46,18 @@ struct Images {
     std::vector<float> values;
 };
 
-void write_ismrmrd_images(const std::string& path, const RawKspace& scan, const Images& images)
+void write_ismrmrd_images(const std::string& path, const RawKspace& scan, const Images& images, const ImageMeta& meta)
 {
     const auto* pairs = reinterpret_cast<const std::complex<float>*>(images.values.data());
     switch (images.output) {
     case ReconOutput::magnitude:
-        write_magnitude_images(path, scan, images.shape, images.values.data());
+        write_magnitude_images(path, scan, images.shape, images.values.data(), 1, meta);
         break;
     case ReconOutput::real:
-        write_real_images(path, scan, images.shape, images.values.data());
+        write_real_images(path, scan, images.shape, images.values.data(), 1, meta);
         break;
     case ReconOutput::complex:
-        write_complex_images(path, scan, images.shape, pairs);
+        write_complex_images(path, scan, images.shape, pairs, 1, meta);
         break;
     }
 }
@@ -156,7 +158,8 @@ void run_command(const CommandOptions& options)
         write_cfl_images(options.output, images.dims, images.values.data(), images.output == ReconOutput::complex);
     } else {
         PendingFile image_file(options.output);
-        image_file.write([&](const std::string& path) { write_ismrmrd_images(path, *input.scan, images); });
+        const ImageMeta meta = report_meta(describe(info, call));
+        image_file.write([&](const std::string& path) { write_ismrmrd_images(path, *input.scan, images, meta); });
         image_file.commit();
     }
     if (montage) {
