@@ -6,6 +6,7 @@
 
 #include "phase/phase_transfer.hpp"
 #include "recon/fft_order.hpp"
+#include "recon/power_of_two.hpp"
 
 namespace {
 
@@ -112,9 +113,7 @@ void weigh_mirrored(const HomodynePlan& plan, const Complex* kspace, int exponen
                 work[i] = row[mx[x]];
             }
             if (exponent != 0) {
-                for (Complex* v = work + i - nx; v != work + i; ++v) {
-                    *v = Complex(std::ldexp(v->real(), -exponent), std::ldexp(v->imag(), -exponent));
-                }
+                copy_times_power_of_two(work + i - nx, nx, -exponent, work + i - nx);
             }
         }
     }

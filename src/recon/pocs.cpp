@@ -7,6 +7,7 @@
 #include "recon/fft_order.hpp"
 #include "recon/image_output.hpp"
 #include "recon/phase_calibration.hpp"
+#include "recon/power_of_two.hpp"
 #include "recon/worker_threads.hpp"
 
 namespace {
@@ -193,24 +194,6 @@ void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
     }
 }
 
-// `count` samples times 2^-exponent. A power of two changes no digit: the
-// product is exact, or rounded as ldexp rounds it where it is subnormal.
-void copy_scaled(const Complex* from, Index count, int exponent, Complex* to)
-{
-    if (exponent == 0) {
-        std::copy(from, from + count, to);
-    } else if (exponent > -127 && exponent < 127) {
-        const float factor = std::ldexp(1.0f, -exponent);
-        for (Index i = 0; i < count; ++i) {
-            to[i] = Complex(from[i].real() * factor, from[i].imag() * factor);
-        }
-    } else {
-        for (Index i = 0; i < count; ++i) {
-            to[i] = Complex(std::ldexp(from[i].real(), -exponent), std::ldexp(from[i].imag(), -exponent));
-        }
-    }
-}
-
 // The measured block out of a centred coil image, at unit scale, in the order
 // of the hybrid space: partial axes in block order (k ascending), fully
 // sampled axes in FFT order, ready for their transform in place.
@@ -225,10 +208,10 @@ void crop_for_hybrid_space(const SampledBox& box, const Complex* centred, int ex
         for (Index y = 0; y < box.extent(1); ++y, measured += box.extent(0)) {
             const Complex* row = centred + (source(2, z) * n[1] + source(1, y)) * n[0];
             if (box.partial[0]) {
-                copy_scaled(row + source(0, 0), box.extent(0), exponent, measured);
+                copy_times_power_of_two(row + source(0, 0), box.extent(0), -exponent, measured);
             } else {
-                copy_scaled(row + n[0] / 2, low, exponent, measured);
-                copy_scaled(row, n[0] / 2, exponent, measured + low);
+                copy_times_power_of_two(row + n[0] / 2, low, -exponent, measured);
+                copy_times_power_of_two(row, n[0] / 2, -exponent, measured + low);
             }
         }
     }

@@ -7,6 +7,7 @@
 
 #include "recon/coil_pipeline.hpp"
 #include "recon/method_plans.hpp"
+#include "recon/power_of_two.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/worker_threads.hpp"
 
@@ -45,15 +46,6 @@ int unit_exponent(float largest)
         std::frexp(largest, &e);
     }
     return e - 1;
-}
-
-std::vector<Complex> times_power_of_two(const Complex* values, Index count, int exponent)
-{
-    std::vector<Complex> scaled(static_cast<std::size_t>(count));
-    for (Index i = 0; i < count; ++i) {
-        scaled[i] = Complex(std::ldexp(values[i].real(), exponent), std::ldexp(values[i].imag(), exponent));
-    }
-    return scaled;
 }
 
 bool through_coil_steps(const ReconShape& shape, const ReconOptions& options)
@@ -100,7 +92,8 @@ ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspac
     if (exponent == 0) {
         return reconstruct_through_coil_steps(shape, kspace, options, plans, image, phase);
     }
-    const std::vector<Complex> unit_kspace = times_power_of_two(kspace, shape.samples(), -exponent);
+    std::vector<Complex> unit_kspace(static_cast<std::size_t>(shape.samples()));
+    copy_times_power_of_two(kspace, shape.samples(), -exponent, unit_kspace.data());
     return reconstruct_through_coil_steps(shape, unit_kspace.data(), options, plans, image, phase);
 }
 
