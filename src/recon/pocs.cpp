@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cmath>
 
+#include "common/vector_clones.hpp"
 #include "recon/fft_order.hpp"
 #include "recon/image_output.hpp"
 #include "recon/phase_calibration.hpp"
@@ -34,7 +35,7 @@ std::vector<float> blend_weights(const SampledBox& box, int axis, int band)
 }
 
 template <bool Blend>
-double restore_runs(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured)
+inline __attribute__((always_inline)) double restore_runs(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured)
 {
     double residual = 0.0;
     for (const BlockRun& run : shape.runs) {
@@ -65,7 +66,7 @@ double restore_runs(const PocsPlan& plan, const BlockShape& shape, Complex* bloc
 constexpr Index lanes = 8;
 
 template <PhaseConstraint Form>
-inline void project_one(Complex* image, const Complex* phase, float* amplitude, Index i, float scale, float& change,
+inline __attribute__((always_inline)) void project_one(Complex* image, const Complex* phase, float* amplitude, Index i, float scale, float& change,
                         float& norm)
 {
     const float xr = image[i].real() * scale, xi = image[i].imag() * scale;
@@ -79,10 +80,10 @@ inline void project_one(Complex* image, const Complex* phase, float* amplitude, 
 }
 
 template <PhaseConstraint Form>
-double project_rows(Complex* image, const Complex* phase, float* amplitude, Index count, float scale)
+inline __attribute__((always_inline)) Projection project_rows(Complex* image, const Complex* phase, float* amplitude, Index count, float scale)
 {
     // Lanes summed per run of 4096 samples, the runs in double.
-    double change = 0.0, norm = 0.0;
+    Projection sums;
     for (Index start = 0; start < count; start += 4096) {
         const Index end = std::min<Index>(count, start + 4096);
         float lane_change[lanes] = {}, lane_norm[lanes] = {};
@@ -96,11 +97,11 @@ double project_rows(Complex* image, const Complex* phase, float* amplitude, Inde
             project_one<Form>(image, phase, amplitude, i, scale, lane_change[j], lane_norm[j]);
         }
         for (Index j = 0; j < lanes; ++j) {
-            change += lane_change[j];
-            norm += lane_norm[j];
+            sums.change += lane_change[j];
+            sums.norm += lane_norm[j];
         }
     }
-    return norm > 0.0 ? std::sqrt(change / norm) : 0.0;
+    return sums;
 }
 
 double squared_norm(const Complex* values, Index count)
@@ -259,9 +260,12 @@ void calibrate_block(const BlockShape& shape, const VolumeTransform& transform,
 class BlockPocs {
 public:
     // `measured`: the block's origin in the hybrid-space measured block.
+    // `least_norm`: the squared image norm below which the block's change
+    // is measured against this one instead of its own (see run).
     BlockPocs(const PocsPlan& plan, const BlockShape& shape, const VolumeTransform& transform,
-              const Complex* measured, BlockBuffers& buffers)
-        : plan_(plan), shape_(shape), transform_(transform), measured_(measured), buffers_(buffers)
+              const Complex* measured, double least_norm, BlockBuffers& buffers)
+        : plan_(plan), shape_(shape), transform_(transform), measured_(measured), least_norm_(least_norm),
+          buffers_(buffers)
     {
     }
 
@@ -285,11 +289,18 @@ public:
         Complex* work = buffers_.work.data();
         while (!converged_ && iterations_ < until) {
             transform_.inverse(work);
-            change_ = project_onto_phase(work, buffers_.phase.data(), buffers_.amplitude.data(), shape_.voxels(),
-                                         scale, form_);
+            const Projection p = project_onto_phase(work, buffers_.phase.data(), buffers_.amplitude.data(),
+                                                    shape_.voxels(), scale, form_);
             transform_.forward(work);
             residual_ = restore_measured(plan_, shape_, work, measured_);
             ++iterations_;
+            // A block's change counts relative to its own norm, or to its
+            // share of the image's where it holds less: background blocks,
+            // whose own norm is noise or rounding, stop as soon as they no
+            // longer move the image, and when every block has stopped the
+            // image as a whole has changed by less than the tolerance.
+            const double norm = std::max(p.norm, least_norm_);
+            change_ = norm > 0.0 ? std::sqrt(p.change / norm) : 0.0;
             converged_ = change_ < plan_.options.tolerance;
         }
     }
@@ -303,6 +314,7 @@ private:
     const BlockShape& shape_;
     const VolumeTransform& transform_;
     const Complex* measured_;
+    double least_norm_;
     BlockBuffers& buffers_;
     PhaseConstraint form_ = PhaseConstraint::magnitude;
     int iterations_ = 0;
@@ -361,14 +373,16 @@ PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options, Index b
     return plan;
 }
 
-double project_onto_phase(Complex* image, const Complex* phase, float* amplitude, Index count, float scale,
-                          PhaseConstraint form)
+HOMODYNE_VECTOR_CLONES
+Projection project_onto_phase(Complex* image, const Complex* phase, float* amplitude, Index count, float scale,
+                              PhaseConstraint form)
 {
     return form == PhaseConstraint::magnitude
                ? project_rows<PhaseConstraint::magnitude>(image, phase, amplitude, count, scale)
                : project_rows<PhaseConstraint::real_part>(image, phase, amplitude, count, scale);
 }
 
+HOMODYNE_VECTOR_CLONES
 double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured)
 {
     return plan.blended ? restore_runs<true>(plan, shape, block, measured)
@@ -409,6 +423,11 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
         return block % blocks.per_row == blocks.per_row - 1 ? transforms.last_block : transforms.block;
     };
     const float image_scale = 1.0f / static_cast<float>(box.n[0] * box.n[1] * box.n[2]);
+    // The image's squared norm per voxel, in the blocks' units: at least the
+    // measured samples' (the estimate adds the synthesised ones), over the
+    // partial axes' length that the blocks' projections divide by.
+    const double share_of_norm =
+        measured_norm / static_cast<double>(transforms.block.transformed()) / static_cast<double>(box.n[0] * box.n[1] * box.n[2]);
 
     // The phase of the calibration image is taken relative to its largest
     // magnitude over the whole image (see keep_phase): a first pass finds it.
@@ -441,7 +460,7 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
             Complex* e = buffers.phase.data();
             calibrate_block(shape, transform, window, measured_of(block), e);
             keep_phase(e, shape.voxels(), largest_calibration);
-            BlockPocs pocs(plan, shape, transform, measured_of(block), buffers);
+            BlockPocs pocs(plan, shape, transform, measured_of(block), share_of_norm * shape.voxels(), buffers);
             BlockResult& result = results[block];
             if (with_trial) {
                 pocs.start(PhaseConstraint::real_part);

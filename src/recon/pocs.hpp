@@ -90,13 +90,17 @@ struct PocsPlan {
 // 0 chooses it from block_bytes.
 PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options, Index block_width = 0);
 
+// What one projection changed: ||a_new - a_old||^2 and ||a_new||^2.
+struct Projection {
+    double change = 0.0, norm = 0.0;
+};
+
 // The image constraint on every sample of `image` (FFT order, unnormalised
 // transform output): x = image * scale is projected onto the phase
 // `phase` (unit values) and written back; `amplitude` holds the previous
-// projected amplitude and receives the new one. Returns the relative change
-// ||a_new - a_old|| / ||a_new|| (0 for an all-zero image).
-double project_onto_phase(Complex* image, const Complex* phase, float* amplitude, Index count, float scale,
-                          PhaseConstraint form);
+// projected amplitude and receives the new one.
+Projection project_onto_phase(Complex* image, const Complex* phase, float* amplitude, Index count, float scale,
+                              PhaseConstraint form);
 
 // Data consistency on one block buffer `block` of the shape `shape`: every
 // measured sample m (from `measured`, the block's origin in the hybrid-space

@@ -253,12 +253,14 @@ TEST(Pocs, ProjectionWorkedValues)
     for (const auto& [form, expected] : {std::pair{PhaseConstraint::real_part, 4.0f}, {PhaseConstraint::magnitude, 5.0f}}) {
         Complex image[2] = {Complex(6, 8), Complex(0, 0)};
         float amplitude[2] = {expected, 0};
-        EXPECT_EQ(project_onto_phase(image, phase, amplitude, 2, 0.5f, form), 0.0);
+        const Projection same = project_onto_phase(image, phase, amplitude, 2, 0.5f, form);
+        EXPECT_EQ(same.change, 0.0);
+        EXPECT_EQ(same.norm, expected * expected);
         EXPECT_EQ(image[0], Complex(0, expected));
         EXPECT_EQ(amplitude[0], expected);
         amplitude[0] = 0;
         image[0] = Complex(6, 8);
-        EXPECT_EQ(project_onto_phase(image, phase, amplitude, 2, 0.5f, form), 1.0);  // change from nothing
+        EXPECT_EQ(project_onto_phase(image, phase, amplitude, 2, 0.5f, form).change, expected * expected);
     }
 }
 
