@@ -39,8 +39,8 @@ inline __attribute__((always_inline)) double restore_runs(const PocsPlan& plan, 
 {
     double residual = 0.0;
     for (const BlockRun& run : shape.runs) {
-        const float* wx = plan.blend[0].data() + run.x;
-        const float wyz = plan.blend[1][run.y] * plan.blend[2][run.z];
+        const float* wx = plan.blend[0].data() + run.p[0];
+        const float wyz = plan.blend[1][run.p[1]] * plan.blend[2][run.p[2]];
         Complex* e_run = block + run.buffer;
         const Complex* m_run = measured + run.box;
         float row = 0.0f;
@@ -133,8 +133,9 @@ BlockShape block_shape(const SampledBox& box, const PocsBlocks& blocks, Index wi
     if (blocks.across >= 0) {
         shape.sizes[blocks.across] = 1;
     }
-    // Along x a measured row is one run, or two on a partial axis: the
-    // negative k at the end of the FFT-order row, then k >= 0 from its start.
+    // Along the first hybrid axis a measured row is one run, or two on a
+    // partial axis: the negative k at the end of the FFT-order row, then
+    // k >= 0 from its start.
     const KRange& rx = box.range[0];
     const bool cut_x = box.partial[0];
     const Index negative = cut_x && rx.first < 0 ? std::min<Index>(rx.last, -1) - rx.first + 1 : 0;
@@ -147,9 +148,9 @@ BlockShape block_shape(const SampledBox& box, const PocsBlocks& blocks, Index wi
             const Index row = (place_in_block(box, 2, z) * shape.sizes[1] + place_in_block(box, 1, y)) * shape.sizes[0];
             const Index box_row = (z * box.extent(1) + y) * box.extent(0);
             if (negative > 0) {
-                shape.runs.push_back({row + rx.first + box.n[0], box_row, negative, 0, y, z});
+                shape.runs.push_back({row + rx.first + box.n[0], box_row, negative, {0, y, z}});
             }
-            shape.runs.push_back({row + start, box_row + negative, positive, negative, y, z});
+            shape.runs.push_back({row + start, box_row + negative, positive, {negative, y, z}});
         }
     }
     return shape;
@@ -169,59 +170,119 @@ std::array<Index, 3> block_origin(const PocsBlocks& blocks, Index block)
     return origin;
 }
 
-// Calls visit(buffer_offset, centred_offset, count) for runs of a block
-// buffer contiguous in the centred image too.
+// Calls visit(buffer_offset, buffer_stride, centred_offset, count) for the
+// runs of a block buffer along the image's x that are contiguous in the
+// centred image (the buffer holds them `buffer_stride` apart).
 template <typename Visit>
 void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
 {
     const std::array<Index, 3>& n = plan.box.n;
-    const std::array<Index, 3>& sizes = plan.blocks.shape_of(block).sizes;
-    const std::array<Index, 3> first = block_origin(plan.blocks, block);
+    const std::array<Index, 3>& hybrid_sizes = plan.blocks.shape_of(block).sizes;
+    const std::array<Index, 3> hybrid_first = block_origin(plan.blocks, block);
+    // The block in image axes: its sizes, first positions and buffer strides.
+    std::array<Index, 3> sizes, first, stride;
+    for (int j = 0, step = 1; j < 3; step *= static_cast<int>(hybrid_sizes[j]), ++j) {
+        sizes[plan.order[j]] = hybrid_sizes[j];
+        first[plan.order[j]] = hybrid_first[j];
+        stride[plan.order[j]] = step;
+    }
     const Index low = n[0] - n[0] / 2;  // FFT positions below it are k >= 0
     const Index x0 = first[0], x1 = first[0] + sizes[0];
     for (Index z = 0; z < sizes[2]; ++z) {
         const Index cz = centred_index(first[2] + z, n[2]);
         for (Index y = 0; y < sizes[1]; ++y) {
-            const Index buffer = (z * sizes[1] + y) * sizes[0];
+            const Index buffer = z * stride[2] + y * stride[1];
             const Index centred = (cz * n[1] + centred_index(first[1] + y, n[1])) * n[0];
             if (x0 < low) {
-                visit(buffer, centred + x0 + n[0] / 2, std::min(x1, low) - x0);
+                visit(buffer, stride[0], centred + x0 + n[0] / 2, std::min(x1, low) - x0);
             }
             if (x1 > low) {
                 const Index x = std::max(x0, low);
-                visit(buffer + x - x0, centred + x - low, x1 - x);
+                visit(buffer + (x - x0) * stride[0], stride[0], centred + x - low, x1 - x);
             }
         }
     }
 }
 
-// The measured block out of a centred coil image, at unit scale, in the order
-// of the hybrid space: partial axes in block order (k ascending), fully
+// The measured block out of a centred coil image, at unit scale, in the
+// order of the hybrid space: partial axes in block order (k ascending), fully
 // sampled axes in FFT order, ready for their transform in place.
-void crop_for_hybrid_space(const SampledBox& box, const Complex* centred, int exponent, Complex* measured)
+void crop_for_hybrid_space(const PocsPlan& plan, const Complex* centred, int exponent, Complex* measured)
 {
-    const std::array<Index, 3>& n = box.n;
-    const auto source = [&](int axis, Index j) {
-        return box.partial[axis] ? box.range[axis].first + j + n[axis] / 2 : centred_index(j, n[axis]);
-    };
-    const Index low = n[0] - n[0] / 2;
-    for (Index z = 0; z < box.extent(2); ++z) {
-        for (Index y = 0; y < box.extent(1); ++y, measured += box.extent(0)) {
-            const Complex* row = centred + (source(2, z) * n[1] + source(1, y)) * n[0];
-            if (box.partial[0]) {
-                copy_times_power_of_two(row + source(0, 0), box.extent(0), -exponent, measured);
-            } else {
-                copy_times_power_of_two(row + n[0] / 2, low, -exponent, measured);
-                copy_times_power_of_two(row, n[0] / 2, -exponent, measured + low);
+    const SampledBox& box = plan.box;
+    // Per hybrid axis, the centred image's offset of each of its positions.
+    std::array<std::vector<Index>, 3> offsets;
+    for (int j = 0; j < 3; ++j) {
+        const int axis = plan.order[j];
+        const Index stride = axis == 0 ? 1 : axis == 1 ? box.n[0] : box.n[0] * box.n[1];
+        for (Index i = 0; i < box.extent(axis); ++i) {
+            const Index at = box.partial[axis] ? box.range[axis].first + i + box.n[axis] / 2 : centred_index(i, box.n[axis]);
+            offsets[j].push_back(at * stride);
+        }
+    }
+    const Index row = plan.hybrid.extent(0);
+    for (const Index z : offsets[2]) {
+        for (const Index y : offsets[1]) {
+            for (Index i = 0; i < row; ++i) {
+                measured[i] = centred[z + y + offsets[0][i]];
             }
+            copy_times_power_of_two(measured, row, -exponent, measured);
+            measured += row;
         }
     }
 }
 
+// The echo's position along the partial axes (0 along the others), in image
+// axes: the measured sample of most power, the first in the image's order
+// (x fastest) among equals, as if the block were searched in that order.
+std::array<Index, 3> echo_of_hybrid(const PocsPlan& plan, const Complex* measured)
+{
+    const SampledBox& hybrid = plan.hybrid;
+    // A hybrid position's place in a scan of the block in image order.
+    std::array<Index, 3> image_stride;
+    for (int j = 0; j < 3; ++j) {
+        Index stride = 1;
+        for (int axis = 0; axis < plan.order[j]; ++axis) {
+            stride *= plan.box.extent(axis);
+        }
+        image_stride[j] = stride;
+    }
+    const auto image_place = [&](Index i) {
+        const Index p0 = i % hybrid.extent(0), p1 = i / hybrid.extent(0) % hybrid.extent(1),
+                    p2 = i / (hybrid.extent(0) * hybrid.extent(1));
+        return p0 * image_stride[0] + p1 * image_stride[1] + p2 * image_stride[2];
+    };
+    Index best = 0;
+    float largest = -1.0f;
+    for (Index i = 0; i < hybrid.samples(); ++i) {
+        const float power = std::norm(measured[i]);
+        if (power > largest || (power == largest && image_place(i) < image_place(best))) {
+            largest = power;
+            best = i;
+        }
+    }
+    const std::array<Index, 3> position{best % hybrid.extent(0), best / hybrid.extent(0) % hybrid.extent(1),
+                                        best / (hybrid.extent(0) * hybrid.extent(1))};
+    std::array<Index, 3> peak{0, 0, 0};
+    for (int j = 0; j < 3; ++j) {
+        if (hybrid.partial[j]) {
+            peak[plan.order[j]] = hybrid.range[j].first + position[j];
+        }
+    }
+    return peak;
+}
+
+// A block's estimate, phase and amplitude, and one row of the image's x
+// gathered from the block's estimate and phase (`row`: the image's nx).
 struct BlockBuffers {
     ComplexBuffer work, phase;
     std::vector<float> amplitude;
-    explicit BlockBuffers(Index voxels) : work(voxels), phase(voxels), amplitude(static_cast<std::size_t>(voxels)) {}
+    std::vector<Complex> row_image, row_phase;
+    BlockBuffers(Index voxels, Index row)
+        : work(voxels), phase(voxels), amplitude(static_cast<std::size_t>(voxels)),
+          row_image(static_cast<std::size_t>(row)), row_phase(static_cast<std::size_t>(row))
+    {
+    }
 };
 
 // Runs job(block, buffers) on every block, the blocks taken in turn by
@@ -231,7 +292,7 @@ void for_each_block(const PocsPlan& plan, int threads, Job job)
 {
     std::atomic<Index> next{0};
     run_on_threads(static_cast<int>(std::min<Index>(threads, plan.blocks.count)), [&](int) {
-        BlockBuffers buffers(plan.blocks.wide.voxels());
+        BlockBuffers buffers(plan.blocks.wide.voxels(), plan.box.n[0]);
         for (Index block = next++; block < plan.blocks.count; block = next++) {
             job(block, buffers);
         }
@@ -245,8 +306,8 @@ void calibrate_block(const BlockShape& shape, const VolumeTransform& transform,
 {
     std::fill(image, image + shape.voxels(), Complex(0.0f, 0.0f));
     for (const BlockRun& run : shape.runs) {
-        const float* wx = window[0].data() + run.x;
-        const float wyz = window[1][run.y] * window[2][run.z];
+        const float* wx = window[0].data() + run.p[0];
+        const float wyz = window[1][run.p[1]] * window[2][run.p[2]];
         for (Index i = 0; i < run.count; ++i) {
             image[run.buffer + i] = measured[run.box + i] * (wx[i] * wyz);
         }
@@ -343,33 +404,40 @@ PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options, Index b
     PocsPlan plan;
     plan.options = options;
     plan.box = sampled_box(shape, options.ranges);
-    for (int axis = 0; axis < 3; ++axis) {
-        plan.blend[axis] = blend_weights(plan.box, axis, plan.box.partial[axis] ? options.transition_band : 0);
+    const std::array<bool, 3>& partial = plan.box.partial;
+    std::stable_partition(plan.order.begin(), plan.order.end(), [&](int axis) { return partial[axis]; });
+    for (int j = 0; j < 3; ++j) {
+        const int axis = plan.order[j];
+        plan.hybrid.n[j] = plan.box.n[axis];
+        plan.hybrid.range[j] = plan.box.range[axis];
+        plan.hybrid.partial[j] = partial[axis];
+        plan.blend[j] = blend_weights(plan.box, axis, partial[axis] ? options.transition_band : 0);
     }
     plan.blended = options.transition_band > 0;
 
+    const SampledBox& hybrid = plan.hybrid;
     PocsBlocks& blocks = plan.blocks;
     Index piece = 1;  // voxels of one line or plane
-    for (int axis = 2; axis >= 0; --axis) {
-        if (plan.box.partial[axis]) {
-            piece *= shape.n[axis];
+    for (int j = 2; j >= 0; --j) {
+        if (hybrid.partial[j]) {
+            piece *= hybrid.n[j];
         } else {
             blocks.across = blocks.along;
-            blocks.along = axis;
+            blocks.along = j;
         }
     }
     Index width = 1;
     if (blocks.along >= 0) {
-        const Index n = shape.n[blocks.along];
+        const Index n = hybrid.n[blocks.along];
         const Index bytes = piece * static_cast<Index>(2 * sizeof(Complex) + sizeof(float));
         width = std::min(n, block_width > 0 ? block_width : std::max<Index>(1, block_bytes / bytes));
         blocks.per_row = (n + width - 1) / width;
-        blocks.count = blocks.per_row * (blocks.across >= 0 ? shape.n[blocks.across] : 1);
-        blocks.last = block_shape(plan.box, blocks, n - (blocks.per_row - 1) * width);
+        blocks.count = blocks.per_row * (blocks.across >= 0 ? hybrid.n[blocks.across] : 1);
+        blocks.last = block_shape(hybrid, blocks, n - (blocks.per_row - 1) * width);
     } else {
-        blocks.last = block_shape(plan.box, blocks, width);
+        blocks.last = block_shape(hybrid, blocks, width);
     }
-    blocks.wide = block_shape(plan.box, blocks, width);
+    blocks.wide = block_shape(hybrid, blocks, width);
     return plan;
 }
 
@@ -391,8 +459,9 @@ double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* 
 
 PocsTransforms::PocsTransforms(const PocsPlan& plan)
     : all(plan.box.n, {true, true, true}),
-      full_axes(extents_of(plan.box), {!plan.box.partial[0], !plan.box.partial[1], !plan.box.partial[2]}),
-      block(plan.blocks.wide.sizes, plan.box.partial, true), last_block(plan.blocks.last.sizes, plan.box.partial, true)
+      full_axes(extents_of(plan.hybrid), {!plan.hybrid.partial[0], !plan.hybrid.partial[1], !plan.hybrid.partial[2]}),
+      block(plan.blocks.wide.sizes, plan.hybrid.partial, true),
+      last_block(plan.blocks.last.sizes, plan.hybrid.partial, true)
 {
 }
 
@@ -407,13 +476,15 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
     // is whole, so it is its own transform there. The echo's position along
     // the partial axes is the same in block order and in this one.
     ComplexBuffer measured(box.samples());
-    crop_for_hybrid_space(box, kspace, exponent, measured.data());
-    report.echo = echo_peak(box, measured.data());
-    const std::array<std::vector<float>, 3> window = calibration_windows(box, report.echo, plan.options.window);
+    crop_for_hybrid_space(plan, kspace, exponent, measured.data());
+    report.echo = echo_of_hybrid(plan, measured.data());
+    const std::array<std::vector<float>, 3> image_window = calibration_windows(box, report.echo, plan.options.window);
+    const std::array<std::vector<float>, 3> window{image_window[plan.order[0]], image_window[plan.order[1]],
+                                                   image_window[plan.order[2]]};
     transforms.full_axes.inverse(measured.data());
     const double measured_norm = squared_norm(measured.data(), box.samples());
 
-    const std::array<Index, 3> extents = extents_of(box);
+    const std::array<Index, 3> extents = extents_of(plan.hybrid);
     const std::array<Index, 3> stride{1, extents[0], extents[0] * extents[1]};
     const auto measured_of = [&](Index block) {
         const std::array<Index, 3> origin = block_origin(blocks, block);
@@ -437,9 +508,9 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
         calibrate_block(blocks.shape_of(block), transform_of(block), window, measured_of(block), calibration);
         largest[block] = largest_magnitude(calibration, blocks.shape_of(block).voxels());
         if (lowres != nullptr) {
-            for_each_block_shift_run(plan, block, [&](Index at, Index centred, Index count) {
+            for_each_block_shift_run(plan, block, [&](Index at, Index stride, Index centred, Index count) {
                 for (Index i = 0; i < count; ++i) {
-                    lowres[centred + i] = calibration[at + i] * image_scale;
+                    lowres[centred + i] = calibration[at + i * stride] * image_scale;
                 }
             });
         }
@@ -477,13 +548,22 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
             result.change = pocs.change();
             result.residual = pocs.residual();
 
-            const Complex* x = buffers.work.data();
             transform.inverse(buffers.work.data());
-            for_each_block_shift_run(plan, block, [&](Index at, Index centred, Index count) {
-                write_samples(x + at, e + at, count, image_scale, output, image + values * centred);
+            for_each_block_shift_run(plan, block, [&](Index at, Index stride, Index centred, Index count) {
+                const Complex* x = buffers.work.data() + at;
+                const Complex* e_row = e + at;
+                if (stride != 1) {
+                    for (Index i = 0; i < count; ++i) {
+                        buffers.row_image[i] = x[i * stride];
+                        buffers.row_phase[i] = e_row[i * stride];
+                    }
+                    x = buffers.row_image.data();
+                    e_row = buffers.row_phase.data();
+                }
+                write_samples(x, e_row, count, image_scale, output, image + values * centred);
                 if (phase != nullptr) {
                     for (Index i = 0; i < count; ++i) {
-                        phase[centred + i] = std::atan2(e[at + i].imag(), e[at + i].real());
+                        phase[centred + i] = std::atan2(e_row[i].imag(), e_row[i].real());
                     }
                 }
             });
