@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 
+#include "recon/power_of_two.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/zero_filled.hpp"
 
@@ -211,14 +212,13 @@ void restore_scale(float* values, Index count, int exponent, const std::string& 
     if (exponent == 0) {
         return;
     }
-    float largest = 0.0f;
-    bool nonzero = false;
+    float unscaled = 0.0f;
     for (Index i = 0; i < count; ++i) {
-        nonzero = nonzero || values[i] != 0.0f;
-        values[i] = std::ldexp(values[i], exponent);
-        largest = std::max(largest, std::fabs(values[i]));
+        unscaled = std::max(unscaled, std::fabs(values[i]));
     }
-    if (std::isinf(largest) || (nonzero && largest < FLT_MIN)) {
+    copy_times_power_of_two(values, count, exponent, values);
+    const float largest = std::ldexp(unscaled, exponent);  // ldexp keeps the order of values
+    if (std::isinf(largest) || (unscaled > 0.0f && largest < FLT_MIN)) {
         throw ReconError("homodyne:scale", name + " does not fit single precision at the scale of the data "
                                                   "(largest magnitude about 2^" + std::to_string(exponent) +
                                                   "); pass the data as double.");

@@ -125,9 +125,7 @@ ReconReport reconstruct(const ReconShape& shape, const Complex* kspace, const Re
         return report;
     }
     const Index values = shape.voxels() * result_images(shape, options) * values_per_sample(options.output);
-    for (Index i = 0; i < values; ++i) {
-        image[i] = std::ldexp(image[i], exponent);
-    }
+    copy_times_power_of_two(image, values, exponent, image);
     for (std::vector<float>* sigmas : {&report.coil_sigma, &report.image_sigma}) {
         for (float& sigma : *sigmas) {
             sigma = std::ldexp(sigma, exponent);
