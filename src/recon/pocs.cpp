@@ -432,6 +432,10 @@ PocsPlan plan_pocs(const ReconShape& shape, const ReconOptions& options, Index b
         const Index bytes = piece * static_cast<Index>(2 * sizeof(Complex) + sizeof(float));
         width = std::min(n, block_width > 0 ? block_width : std::max<Index>(1, block_bytes / bytes));
         blocks.per_row = (n + width - 1) / width;
+        if (block_width == 0) {  // as many blocks, of widths that differ by at most one
+            width = (n + blocks.per_row - 1) / blocks.per_row;
+            blocks.per_row = (n + width - 1) / width;
+        }
         blocks.count = blocks.per_row * (blocks.across >= 0 ? hybrid.n[blocks.across] : 1);
         blocks.last = block_shape(hybrid, blocks, n - (blocks.per_row - 1) * width);
     } else {
