@@ -104,15 +104,6 @@ inline __attribute__((always_inline)) Projection project_rows(Complex* image, co
     return sums;
 }
 
-double squared_norm(const Complex* values, Index count)
-{
-    double sum = 0.0;
-    for (Index i = 0; i < count; ++i) {
-        sum += static_cast<double>(std::norm(values[i]));
-    }
-    return sum;
-}
-
 std::array<Index, 3> extents_of(const SampledBox& box) { return {box.extent(0), box.extent(1), box.extent(2)}; }
 
 // Where along an axis a block position lies: in FFT order on a partial axis
@@ -204,70 +195,62 @@ void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
     }
 }
 
-// The measured block out of a centred coil image, at unit scale, in the
-// order of the hybrid space: partial axes in block order (k ascending), fully
-// sampled axes in FFT order, ready for their transform in place.
-void crop_for_hybrid_space(const PocsPlan& plan, const Complex* centred, int exponent, Complex* measured)
+// The measured block out of a centred coil image, at unit scale, into the
+// order of the hybrid space (partial axes in block order, k ascending; fully
+// sampled axes in FFT order), read row by row along x, which lies
+// contiguous there. A fully sampled x is transformed row by row on the way
+// (`row_transform`, `row` a buffer of nx samples): in hybrid order its
+// lines lie far apart. Returns the echo's position along the partial axes
+// (0 along the others), in image axes: the measured sample of most power,
+// the first in the image's order among equals; and into `power` the
+// measured samples' squared norm.
+std::array<Index, 3> crop_for_hybrid_space(const PocsPlan& plan, const VolumeTransform& row_transform,
+                                           const Complex* centred, int exponent, Complex* measured, Complex* row,
+                                           double& power)
 {
     const SampledBox& box = plan.box;
-    // Per hybrid axis, the centred image's offset of each of its positions.
-    std::array<std::vector<Index>, 3> offsets;
-    for (int j = 0; j < 3; ++j) {
-        const int axis = plan.order[j];
-        const Index stride = axis == 0 ? 1 : axis == 1 ? box.n[0] : box.n[0] * box.n[1];
-        for (Index i = 0; i < box.extent(axis); ++i) {
-            const Index at = box.partial[axis] ? box.range[axis].first + i + box.n[axis] / 2 : centred_index(i, box.n[axis]);
-            offsets[j].push_back(at * stride);
-        }
+    const std::array<Index, 3>& n = box.n;
+    std::array<Index, 3> stride;  // hybrid strides, in image axes
+    for (int j = 0, step = 1; j < 3; step *= static_cast<int>(plan.hybrid.extent(j)), ++j) {
+        stride[plan.order[j]] = step;
     }
-    const Index row = plan.hybrid.extent(0);
-    for (const Index z : offsets[2]) {
-        for (const Index y : offsets[1]) {
-            for (Index i = 0; i < row; ++i) {
-                measured[i] = centred[z + y + offsets[0][i]];
-            }
-            copy_times_power_of_two(measured, row, -exponent, measured);
-            measured += row;
-        }
-    }
-}
-
-// The echo's position along the partial axes (0 along the others), in image
-// axes: the measured sample of most power, the first in the image's order
-// (x fastest) among equals, as if the block were searched in that order.
-std::array<Index, 3> echo_of_hybrid(const PocsPlan& plan, const Complex* measured)
-{
-    const SampledBox& hybrid = plan.hybrid;
-    // A hybrid position's place in a scan of the block in image order.
-    std::array<Index, 3> image_stride;
-    for (int j = 0; j < 3; ++j) {
-        Index stride = 1;
-        for (int axis = 0; axis < plan.order[j]; ++axis) {
-            stride *= plan.box.extent(axis);
-        }
-        image_stride[j] = stride;
-    }
-    const auto image_place = [&](Index i) {
-        const Index p0 = i % hybrid.extent(0), p1 = i / hybrid.extent(0) % hybrid.extent(1),
-                    p2 = i / (hybrid.extent(0) * hybrid.extent(1));
-        return p0 * image_stride[0] + p1 * image_stride[1] + p2 * image_stride[2];
+    const auto source = [&](int axis, Index i) {
+        return box.partial[axis] ? box.range[axis].first + i + n[axis] / 2 : centred_index(i, n[axis]);
     };
-    Index best = 0;
+    const Index low = n[0] - n[0] / 2, count = box.extent(0);
     float largest = -1.0f;
-    for (Index i = 0; i < hybrid.samples(); ++i) {
-        const float power = std::norm(measured[i]);
-        if (power > largest || (power == largest && image_place(i) < image_place(best))) {
-            largest = power;
-            best = i;
+    std::array<Index, 3> peak{0, 0, 0};
+    power = 0.0;
+    for (Index z = 0; z < box.extent(2); ++z) {
+        for (Index y = 0; y < box.extent(1); ++y) {
+            const Complex* from = centred + (source(2, z) * n[1] + source(1, y)) * n[0];
+            if (box.partial[0]) {
+                copy_times_power_of_two(from + source(0, 0), count, -exponent, row);
+            } else {
+                copy_times_power_of_two(from + n[0] / 2, low, -exponent, row);
+                copy_times_power_of_two(from, n[0] / 2, -exponent, row + low);
+            }
+            double row_power = 0.0;
+            for (Index x = 0; x < count; ++x) {
+                const float p = std::norm(row[x]);
+                row_power += p;
+                if (p > largest) {
+                    largest = p;
+                    peak = {x, y, z};
+                }
+            }
+            power += row_power;
+            if (!box.partial[0]) {
+                row_transform.inverse(row);
+            }
+            Complex* to = measured + y * stride[1] + z * stride[2];
+            for (Index x = 0; x < count; ++x) {
+                to[x * stride[0]] = row[x];
+            }
         }
     }
-    const std::array<Index, 3> position{best % hybrid.extent(0), best / hybrid.extent(0) % hybrid.extent(1),
-                                        best / (hybrid.extent(0) * hybrid.extent(1))};
-    std::array<Index, 3> peak{0, 0, 0};
-    for (int j = 0; j < 3; ++j) {
-        if (hybrid.partial[j]) {
-            peak[plan.order[j]] = hybrid.range[j].first + position[j];
-        }
+    for (int axis = 0; axis < 3; ++axis) {
+        peak[axis] = box.partial[axis] ? box.range[axis].first + peak[axis] : 0;
     }
     return peak;
 }
@@ -461,9 +444,24 @@ double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* 
                         : restore_runs<false>(plan, shape, block, measured);
 }
 
+namespace {
+
+// The hybrid axes that are fully sampled and not x (which the crop transforms).
+std::array<bool, 3> full_axes_but_x(const PocsPlan& plan)
+{
+    std::array<bool, 3> axes{};
+    for (int j = 0; j < 3; ++j) {
+        axes[j] = !plan.hybrid.partial[j] && plan.order[j] != 0;
+    }
+    return axes;
+}
+
+}  // namespace
+
 PocsTransforms::PocsTransforms(const PocsPlan& plan)
     : all(plan.box.n, {true, true, true}),
-      full_axes(extents_of(plan.hybrid), {!plan.hybrid.partial[0], !plan.hybrid.partial[1], !plan.hybrid.partial[2]}),
+      row({plan.box.n[0], 1, 1}, {!plan.box.partial[0], false, false}, true),
+      full_axes(extents_of(plan.hybrid), full_axes_but_x(plan)),
       block(plan.blocks.wide.sizes, plan.hybrid.partial, true),
       last_block(plan.blocks.last.sizes, plan.hybrid.partial, true)
 {
@@ -479,14 +477,16 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
     // The measured block into hybrid space: along the fully sampled axes it
     // is whole, so it is its own transform there. The echo's position along
     // the partial axes is the same in block order and in this one.
-    ComplexBuffer measured(box.samples());
-    crop_for_hybrid_space(plan, kspace, exponent, measured.data());
-    report.echo = echo_of_hybrid(plan, measured.data());
+    ComplexBuffer measured(box.samples()), row(box.n[0]);
+    double measured_norm = 0.0;
+    report.echo =
+        crop_for_hybrid_space(plan, transforms.row, kspace, exponent, measured.data(), row.data(), measured_norm);
     const std::array<std::vector<float>, 3> image_window = calibration_windows(box, report.echo, plan.options.window);
     const std::array<std::vector<float>, 3> window{image_window[plan.order[0]], image_window[plan.order[1]],
                                                    image_window[plan.order[2]]};
     transforms.full_axes.inverse(measured.data());
-    const double measured_norm = squared_norm(measured.data(), box.samples());
+    // The unnormalised transforms along the fully sampled axes gain their length.
+    measured_norm *= static_cast<double>(box.n[0] * box.n[1] * box.n[2] / transforms.block.transformed());
 
     const std::array<Index, 3> extents = extents_of(plan.hybrid);
     const std::array<Index, 3> stride{1, extents[0], extents[0] * extents[1]};

@@ -119,14 +119,15 @@ Projection project_onto_phase(Complex* image, const Complex* phase, float* ampli
 // plan's blend weights. Returns ||e - m||^2 over the block.
 double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured);
 
-// The transforms of one call: all axes (the phase estimate of other steps),
-// the fully sampled axes on the measured block (once per image; FFTW's
-// estimated plan ran as fast as its measured one on 256 x 160 x 64, which
-// took 3.3 s to measure), and the partial axes on a block buffer of the full
-// width and of the last, narrower width (every iteration, so their plans are
-// measured).
+// The transforms of one call: all axes (the phase estimate of other steps);
+// a row along x, when x is fully sampled (each measured row as it is
+// copied out); the other fully sampled axes on the measured block (once per
+// image; FFTW's estimated plan ran as fast as its measured one on
+// 256 x 160 x 64, which took 3.3 s to measure); and the partial axes on a
+// block buffer of the full width and of the last, narrower width (every
+// iteration, so their plans are measured).
 struct PocsTransforms {
-    VolumeTransform all, full_axes, block, last_block;
+    VolumeTransform all, row, full_axes, block, last_block;
     explicit PocsTransforms(const PocsPlan& plan);
 };
 

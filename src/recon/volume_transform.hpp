@@ -34,6 +34,7 @@ public:
 
 private:
     struct Free {
+        bool huge = false;  // allocated in huge pages, else by FFTW
         void operator()(Complex* p) const;
     };
     std::unique_ptr<Complex, Free> data_;
