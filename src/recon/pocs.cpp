@@ -199,13 +199,13 @@ void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
 // order of the hybrid space (partial axes in block order, k ascending; fully
 // sampled axes in FFT order), read row by row along x, which lies
 // contiguous there. A fully sampled x is transformed row by row on the way
-// (`row_transform`, `row` a buffer of nx samples): in hybrid order its
-// lines lie far apart. Returns the echo's position along the partial axes
-// (0 along the others), in image axes: the measured sample of most power,
-// the first in the image's order among equals; and into `power` the
-// measured samples' squared norm.
+// (`row_transform`): in hybrid order its lines lie far apart. The rows are
+// shared among `threads` threads. Returns the echo's position along the
+// partial axes (0 along the others), in image axes: the measured sample of
+// most power, the first in the image's order among equals; and into `power`
+// the measured samples' squared norm, summed row by row in order.
 std::array<Index, 3> crop_for_hybrid_space(const PocsPlan& plan, const VolumeTransform& row_transform,
-                                           const Complex* centred, int exponent, Complex* measured, Complex* row,
+                                           const Complex* centred, int exponent, Complex* measured, int threads,
                                            double& power)
 {
     const SampledBox& box = plan.box;
@@ -217,42 +217,59 @@ std::array<Index, 3> crop_for_hybrid_space(const PocsPlan& plan, const VolumeTra
     const auto source = [&](int axis, Index i) {
         return box.partial[axis] ? box.range[axis].first + i + n[axis] / 2 : centred_index(i, n[axis]);
     };
-    const Index low = n[0] - n[0] / 2, count = box.extent(0);
-    float largest = -1.0f;
-    std::array<Index, 3> peak{0, 0, 0};
-    power = 0.0;
-    for (Index z = 0; z < box.extent(2); ++z) {
-        for (Index y = 0; y < box.extent(1); ++y) {
+    const Index low = n[0] - n[0] / 2, count = box.extent(0), rows = box.extent(1) * box.extent(2);
+    std::vector<double> row_power(static_cast<std::size_t>(rows));
+    struct Peak {
+        float power = -1.0f;
+        Index at = 0;  // in the block, x fastest
+    };
+    std::vector<Peak> peaks(static_cast<std::size_t>(threads));
+    run_on_threads(threads, [&](int thread) {
+        ComplexBuffer row(count);
+        Peak& peak = peaks[thread];
+        for (Index r = rows * thread / threads; r < rows * (thread + 1) / threads; ++r) {
+            const Index y = r % box.extent(1), z = r / box.extent(1);
             const Complex* from = centred + (source(2, z) * n[1] + source(1, y)) * n[0];
             if (box.partial[0]) {
-                copy_times_power_of_two(from + source(0, 0), count, -exponent, row);
+                copy_times_power_of_two(from + source(0, 0), count, -exponent, row.data());
             } else {
-                copy_times_power_of_two(from + n[0] / 2, low, -exponent, row);
-                copy_times_power_of_two(from, n[0] / 2, -exponent, row + low);
+                copy_times_power_of_two(from + n[0] / 2, low, -exponent, row.data());
+                copy_times_power_of_two(from, n[0] / 2, -exponent, row.data() + low);
             }
-            double row_power = 0.0;
+            double sum = 0.0;
             for (Index x = 0; x < count; ++x) {
                 const float p = std::norm(row[x]);
-                row_power += p;
-                if (p > largest) {
-                    largest = p;
-                    peak = {x, y, z};
+                sum += p;
+                if (p > peak.power) {
+                    peak = {p, r * count + x};
                 }
             }
-            power += row_power;
+            row_power[r] = sum;
             if (!box.partial[0]) {
-                row_transform.inverse(row);
+                row_transform.inverse(row.data());
             }
             Complex* to = measured + y * stride[1] + z * stride[2];
             for (Index x = 0; x < count; ++x) {
                 to[x * stride[0]] = row[x];
             }
         }
+    });
+    power = 0.0;
+    for (double sum : row_power) {
+        power += sum;
     }
+    Peak best;
+    for (const Peak& peak : peaks) {  // the threads' rows in order: a later one wins only by more power
+        if (peak.power > best.power) {
+            best = peak;
+        }
+    }
+    const std::array<Index, 3> at{best.at % count, best.at / count % box.extent(1), best.at / count / box.extent(1)};
+    std::array<Index, 3> echo{0, 0, 0};
     for (int axis = 0; axis < 3; ++axis) {
-        peak[axis] = box.partial[axis] ? box.range[axis].first + peak[axis] : 0;
+        echo[axis] = box.partial[axis] ? box.range[axis].first + at[axis] : 0;
     }
-    return peak;
+    return echo;
 }
 
 // A block's estimate, phase and amplitude, and one row of the image's x
@@ -477,10 +494,11 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
     // The measured block into hybrid space: along the fully sampled axes it
     // is whole, so it is its own transform there. The echo's position along
     // the partial axes is the same in block order and in this one.
-    ComplexBuffer measured(box.samples()), row(box.n[0]);
+    ComplexBuffer measured(box.samples());
     double measured_norm = 0.0;
-    report.echo =
-        crop_for_hybrid_space(plan, transforms.row, kspace, exponent, measured.data(), row.data(), measured_norm);
+    report.echo = crop_for_hybrid_space(plan, transforms.row, kspace, exponent, measured.data(),
+                                        static_cast<int>(std::min<Index>(threads, box.extent(1) * box.extent(2))),
+                                        measured_norm);
     const std::array<std::vector<float>, 3> image_window = calibration_windows(box, report.echo, plan.options.window);
     const std::array<std::vector<float>, 3> window{image_window[plan.order[0]], image_window[plan.order[1]],
                                                    image_window[plan.order[2]]};
