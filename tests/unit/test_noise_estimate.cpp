@@ -36,7 +36,7 @@ std::vector<float> estimate(const ReconShape& shape, const SampledRanges& ranges
         k[s] = ky >= ranges[1]->first ? static_cast<float>(object) + noise : 0.0f;
     }
     const VolumeTransform transform(shape.n);
-    return estimate_noise_powers(k.data(), shape, ranges, KSpaceOrder::centred, transform);
+    return estimate_noise_powers(k.data(), 0, shape, ranges, KSpaceOrder::centred, transform);
 }
 
 }  // namespace
