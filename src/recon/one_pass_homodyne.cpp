@@ -185,32 +185,54 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
                                  static_cast<std::uint32_t>(b[2])};
     AddLowResPhase(interleaved(work.data()), data_dims, planes, planes + lows, low_dims);
 
-    // For complex output or the phase, cos and sin of the phase on the image
-    // grid (two planes of floats), from the transfer applied to ones.
-    std::vector<float> unit_planes;
-    float* unit = nullptr;
-    if (unit_wanted) {
-        unit_planes.assign(static_cast<std::size_t>(2 * voxels), 1.0f);
-        unit = unit_planes.data();
-        AddLowResPhase(ComplexPlanes{unit, nullptr, 1}, data_dims, planes, planes + lows, low_dims);
-        AddLowResPhase(ComplexPlanes{unit + voxels, nullptr, 1}, data_dims, planes + 2 * lows, planes + 3 * lows,
-                       low_dims);
+    // The real image, its imaginary parts now 0, packed into the first half
+    // of `work` (float i from float 2i, read before it is overwritten). For
+    // complex output or the phase, cos and sin of the phase on the image grid
+    // from the transfer applied to ones: the cosines in the second half of
+    // `work`, the sines in `phase` until it is written (else a plane of their
+    // own).
+    float* const real_image = reinterpret_cast<float*>(work.data());
+    for (Index i = 0; i < voxels; ++i) {
+        real_image[i] = real_image[2 * i];
     }
+    std::vector<float> own_sines(unit_wanted && phase == nullptr ? voxels : 0);
+    float* const cosines = unit_wanted ? real_image + voxels : nullptr;
+    float* const sines = !unit_wanted ? nullptr : phase != nullptr ? phase : own_sines.data();
+    if (unit_wanted) {
+        std::fill(cosines, cosines + voxels, 1.0f);
+        std::fill(sines, sines + voxels, 1.0f);
+        AddLowResPhase(ComplexPlanes{cosines, nullptr, 1}, data_dims, planes, planes + lows, low_dims);
+        AddLowResPhase(ComplexPlanes{sines, nullptr, 1}, data_dims, planes + 2 * lows, planes + 3 * lows, low_dims);
+    }
+    // Voxel `to` of the result from sample `from` of the mirrored image, `s`
+    // the sine there.
+    const auto put = [&](Index to, Index from, float s) {
+        const float r = std::isnan(real_image[from]) ? 0.0f : real_image[from];
+        if (phase != nullptr) {
+            const float c = cosines[from];
+            phase[to] = std::isnan(c) || std::isnan(s) ? 0.0f : std::atan2(s, c);
+        }
+        if (output == ReconOutput::complex) {
+            image[2 * to] = r == 0.0f ? 0.0f : r * cosines[from];
+            image[2 * to + 1] = r == 0.0f ? 0.0f : r * s;
+        } else {
+            image[to] = output == ReconOutput::magnitude ? std::fabs(r) : r;
+        }
+    };
+    // Mirroring pairs voxels (k -> -k on every mirrored axis): both of a pair
+    // are written once their sines are read, as the sines may lie in `phase`.
     for (Index z = 0, i = 0; z < nz; ++z) {
         for (Index y = 0; y < ny; ++y) {
             const Index row = (mz[z] * ny + my[y]) * nx;
             for (Index x = 0; x < nx; ++x, ++i) {
                 const Index from = row + mx[x];
-                const float r = std::isnan(work[from].real()) ? 0.0f : work[from].real();
-                if (phase != nullptr) {
-                    const float c = unit[from], s = unit[voxels + from];
-                    phase[i] = std::isnan(c) || std::isnan(s) ? 0.0f : std::atan2(s, c);
+                if (from < i) {
+                    continue;
                 }
-                if (output == ReconOutput::complex) {
-                    image[2 * i] = r == 0.0f ? 0.0f : r * unit[from];
-                    image[2 * i + 1] = r == 0.0f ? 0.0f : r * unit[voxels + from];
-                } else {
-                    image[i] = output == ReconOutput::magnitude ? std::fabs(r) : r;
+                const float s_from = unit_wanted ? sines[from] : 0.0f, s_i = unit_wanted ? sines[i] : 0.0f;
+                put(i, from, s_from);
+                if (from != i) {
+                    put(from, i, s_i);
                 }
             }
         }
