@@ -55,9 +55,9 @@ float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double w
 std::array<Index, 3> folded_sizes(const std::array<Index, 3>& n);
 
 // Noise power per k-space sample of every coil of every volume of `kspace`
-// read as k-space times 2^-`exponent` (the unit scale, applied row by row as
-// it is read; shape x, y, z, coils, volumes; zero outside the sampled block), coils
-// fastest. The image on the lattice above comes exactly from the weighted
+// (shape x, y, z, coils, volumes; zero outside the sampled block), coils
+// fastest, the k-space read times 2^-`exponent` (the unit scale, applied
+// row by row as it is read, so that no scaled copy is needed). The image on the lattice above comes exactly from the weighted
 // k-space summed into m[a] bins per axis (sample index i into bin i mod m[a])
 // and an inverse transform of the bins, planned here with FFTW_ESTIMATE (so
 // call it before any worker thread of the caller starts). `transform`: all
