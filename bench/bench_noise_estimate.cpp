@@ -29,7 +29,7 @@ void BM_NoiseEstimate(benchmark::State& state)
     }
     const VolumeTransform transform(shape.n);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(estimate_noise_powers(kspace.data(), shape, ranges, KSpaceOrder::centred, transform));
+        benchmark::DoNotOptimize(estimate_noise_powers(kspace.data(), 0, shape, ranges, KSpaceOrder::centred, transform));
     }
 }
 

@@ -6,6 +6,7 @@
 namespace {
 
 constexpr Index half_width = 2;  // 5 samples per axis
+constexpr Index max_strip_width = 1024;  // floats of a row smoothed along y or z at a time
 
 // Periodic mean over 2 h + 1 neighbours along one axis, h = min(2, (n-1)/2),
 // each sum taken from the lowest neighbour up. Along x a line is padded
@@ -39,20 +40,28 @@ void smooth_axis(std::vector<float>& values, const std::array<Index, 3>& n, int 
         }
         return;
     }
-    scratch.resize(static_cast<std::size_t>(length * row));
+    // A strip of `width` columns at a time, its rows copied out: the copy
+    // stays small however large the rows are.
+    const Index width = std::min(row, max_strip_width);
+    scratch.resize(static_cast<std::size_t>(length * width));
     for (Index g = 0; g < groups; ++g, v += length * row) {
-        std::copy(v, v + length * row, scratch.begin());
-        for (Index i = 0; i < length; ++i) {
-            float* out = v + i * row;
-            std::fill(out, out + row, 0.0f);
-            for (Index d = -h; d <= h; ++d) {
-                const float* in = scratch.data() + ((i + d + length) % length) * row;
-                for (Index x = 0; x < row; ++x) {
-                    out[x] += in[x];
-                }
+        for (Index x0 = 0; x0 < row; x0 += width) {
+            const Index columns = std::min(width, row - x0);
+            for (Index i = 0; i < length; ++i) {
+                std::copy(v + i * row + x0, v + i * row + x0 + columns, scratch.begin() + i * columns);
             }
-            for (Index x = 0; x < row; ++x) {
-                out[x] *= scale;
+            for (Index i = 0; i < length; ++i) {
+                float* out = v + i * row + x0;
+                std::fill(out, out + columns, 0.0f);
+                for (Index d = -h; d <= h; ++d) {
+                    const float* in = scratch.data() + ((i + d + length) % length) * columns;
+                    for (Index x = 0; x < columns; ++x) {
+                        out[x] += in[x];
+                    }
+                }
+                for (Index x = 0; x < columns; ++x) {
+                    out[x] *= scale;
+                }
             }
         }
     }
@@ -140,14 +149,13 @@ void weight_samples_by_snr(std::complex<float>* kspace, const std::array<Index, 
     }
 }
 
-void weight_quadrature(std::complex<float>* image, const std::complex<float>* phase, const std::array<Index, 3>& n,
-                       float component_power, SynthesisReport& report)
+namespace {
+
+// The quadrature weighting with the phase's unit values from phase_at(i).
+template <typename PhaseAt>
+double weight_quadrature_with(std::complex<float>* image, PhaseAt phase_at, const std::array<Index, 3>& n,
+                              float component_power)
 {
-    report.quadrature_weight = 1.0;
-    report.quadrature_weighted = component_power > 0.0f;
-    if (!report.quadrature_weighted) {
-        return;
-    }
     const Index count = n[0] * n[1] * n[2];
     // x conj(e) = a + i b: a in phase with the estimate, b in quadrature.
     const auto quadrature = [](std::complex<float> x, std::complex<float> e) {
@@ -155,17 +163,34 @@ void weight_quadrature(std::complex<float>* image, const std::complex<float>* ph
     };
     std::vector<float> power(static_cast<std::size_t>(count));
     for (Index i = 0; i < count; ++i) {
-        const float b = quadrature(image[i], phase[i]);
+        const float b = quadrature(image[i], phase_at(i));
         power[i] = b * b;
     }
     smooth(power, n);
     double weights = 0.0;
     for (Index i = 0; i < count; ++i) {
-        const std::complex<float> x = image[i], e = phase[i];
+        const std::complex<float> x = image[i], e = phase_at(i);
         const float w = weight_of(power[i], component_power);
         const float a = x.real() * e.real() + x.imag() * e.imag(), b = w * quadrature(x, e);
         image[i] = std::complex<float>(a * e.real() - b * e.imag(), a * e.imag() + b * e.real());
         weights += w;
     }
-    report.quadrature_weight = weights / static_cast<double>(count);
+    return weights / static_cast<double>(count);
+}
+
+}  // namespace
+
+void weight_quadrature(std::complex<float>* image, UnitPhase phase, const std::array<Index, 3>& n,
+                       float component_power, SynthesisReport& report)
+{
+    report.quadrature_weight = 1.0;
+    report.quadrature_weighted = component_power > 0.0f;
+    if (!report.quadrature_weighted) {
+        return;
+    }
+    report.quadrature_weight =
+        phase.unit != nullptr
+            ? weight_quadrature_with(image, [&](Index i) { return phase.unit[i]; }, n, component_power)
+            : weight_quadrature_with(image, [&](Index i) { return std::polar(1.0f, phase.radians[i]); }, n,
+                                     component_power);
 }

@@ -91,8 +91,21 @@ struct SynthesisReport {
 void weight_samples_by_snr(std::complex<float>* kspace, const std::array<Index, 3>& n, const SampledRanges& ranges,
                            float noise_power, PhaseConstraint form, KSpaceOrder order, SynthesisReport& report);
 
-// `image` of sizes n, `phase` its estimated phase as unit values (same
-// order), `component_power` the noise power of one real component of a
-// voxel. Fills report.quadrature_weighted and report.quadrature_weight.
-void weight_quadrature(std::complex<float>* image, const std::complex<float>* phase, const std::array<Index, 3>& n,
+// An image's estimated phase: unit values, or angles in radians made into
+// unit values (std::polar) where they are read, which needs half the memory.
+struct UnitPhase {
+    const std::complex<float>* unit = nullptr;
+    const float* radians = nullptr;
+    UnitPhase(const std::complex<float>* unit_values) : unit(unit_values) {}
+    explicit UnitPhase(const float* angles) : radians(angles) {}
+    std::complex<float> operator[](Index i) const
+    {
+        return unit != nullptr ? unit[i] : std::polar(1.0f, radians[i]);
+    }
+};
+
+// `image` of sizes n, `phase` its estimated phase (same order),
+// `component_power` the noise power of one real component of a voxel.
+// Fills report.quadrature_weighted and report.quadrature_weight.
+void weight_quadrature(std::complex<float>* image, UnitPhase phase, const std::array<Index, 3>& n,
                        float component_power, SynthesisReport& report);

@@ -10,18 +10,21 @@
 #include "recon/image_synthesis.hpp"
 #include "recon/method_plans.hpp"
 #include "recon/phase_calibration.hpp"
+#include "recon/power_of_two.hpp"
 #include "recon/worker_threads.hpp"
 
 namespace {
 
 // One-pass homodyne makes only a block-sized low-resolution image; the
 // sensitivities come from the same calibration image as POCS's phase
-// (centred, image units). `scratch`: the image's size, from ComplexBuffer.
-void calibration_of(const SampledBox& box, const VolumeTransform& all, const Complex* kspace,
+// (centred, image units), of k-space read times 2^-exponent. `scratch`: the
+// image's size, from ComplexBuffer.
+void calibration_of(const SampledBox& box, const VolumeTransform& all, const Complex* kspace, int exponent,
                     CalibrationWindow window, Complex* lowres, Complex* scratch)
 {
     std::vector<Complex> box_samples(static_cast<std::size_t>(box.samples()));
     crop_sampled(box, kspace, box_samples.data());
+    copy_times_power_of_two(box_samples.data(), box.samples(), -exponent, box_samples.data());
     calibration_image(all, box, box_samples.data(), echo_peak(box, box_samples.data()), window, scratch);
     to_centred(scratch, box.n, 1.0f / static_cast<float>(all.voxels()), lowres);
 }
@@ -47,10 +50,10 @@ SampledBox phase_centre(const ReconShape& shape)
 
 // The unit phase of the calibration image of `box` into `e`, and its angle
 // into `radians` unless null.
-void phase_of_centre(const SampledBox& box, const VolumeTransform& all, const Complex* kspace,
+void phase_of_centre(const SampledBox& box, const VolumeTransform& all, const Complex* kspace, int exponent,
                      CalibrationWindow window, Complex* e, float* radians, Complex* scratch)
 {
-    calibration_of(box, all, kspace, window, e, scratch);
+    calibration_of(box, all, kspace, exponent, window, e, scratch);
     keep_phase(e, all.voxels());
     for (Index i = 0; radians != nullptr && i < all.voxels(); ++i) {
         radians[i] = std::atan2(e[i].imag(), e[i].real());
@@ -95,18 +98,9 @@ PhaseConstraint common_constraint(const VolumeReport* coils, Index count)
     return 2 * real > count ? PhaseConstraint::real_part : PhaseConstraint::magnitude;
 }
 
-std::vector<Complex> unit_phases(const float* radians, Index count)
-{
-    std::vector<Complex> e(static_cast<std::size_t>(count));
-    for (Index i = 0; i < count; ++i) {
-        e[i] = std::polar(1.0f, radians[i]);
-    }
-    return e;
-}
-
 }  // namespace
 
-ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
+ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace, int exponent,
                                            const ReconOptions& options, const MethodPlans& plans, float* image,
                                            float* phase)
 {
@@ -121,13 +115,17 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     // output drops it whole, and complex output keeps the phase as measured.
     const bool quadrature = options.output == ReconOutput::magnitude;
 
-    const NoiseLevel noise = noise_level(options, shape, kspace, all);
-    std::vector<Complex> whitened;
+    const NoiseLevel noise = noise_level(options, shape, kspace, exponent, all);
+    // Prewhitened coils are a unit-scale copy; else the caller's k-space is
+    // read in place.
+    ComplexBuffer whitened(noise.whitening.empty() ? 0 : shape.samples());
     const Complex* data = kspace;
+    int data_exponent = exponent;
     if (!noise.whitening.empty()) {
-        whitened.assign(kspace, kspace + shape.samples());
+        copy_times_power_of_two(kspace, shape.samples(), -exponent, whitened.data());
         whiten_coils(whitened.data(), shape, noise.whitening);
         data = whitened.data();
+        data_exponent = 0;
     }
     // Complex output keeps the phase and the noise as measured (see
     // adaptive_synthesis.hpp); the noise level is still reported.
@@ -142,6 +140,11 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     const bool step_per_image = weighting && !adaptive;
     const bool unit_phase_wanted = step_per_image || (separate && options.output == ReconOutput::real);
     const bool radians_wanted = unit_phase_wanted || (separate && phase != nullptr);
+    const bool centre_unit_phase = centre_phase && radians_wanted;
+    // Where the phase's angles go: the phase output, else the image's own
+    // output while its single values are not yet written, else (coil images
+    // that are combined) a buffer of the thread.
+    const bool radians_in_output = separate && (phase != nullptr || values_per_sample(options.output) == 1);
     // Results are written as they come; only a combination keeps the coil
     // images. Left unset: the coil threads write every sample, and touch the
     // pages first.
@@ -166,41 +169,43 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     }
 
     const Index values = voxels * values_per_sample(options.output);
+    const bool calibrating = centre_unit_phase || (adaptive && (!pocs || centre_phase));
     run_on_threads(report.threads, [&](int thread) {
-        ComplexBuffer scratch(voxels);
-        std::vector<Complex> own(separate ? static_cast<std::size_t>(voxels) : 0);
-        std::vector<float> own_radians(radians_wanted ? static_cast<std::size_t>(voxels) : 0);
+        // Left unset: every sample is written before it is read.
+        ComplexBuffer scratch(calibrating ? voxels : 0);
+        ComplexBuffer own(separate ? voxels : 0);
+        ComplexBuffer centre_e(centre_unit_phase ? voxels : 0);
+        std::vector<float> own_radians(radians_wanted && !radians_in_output ? static_cast<std::size_t>(voxels) : 0);
         for (Index j = thread; j < images; j += report.threads) {
             const Complex* k = data + j * voxels;
             Complex* x = separate ? own.data() : coil_images.data() + j * voxels;
             float* x_values = reinterpret_cast<float*>(x);
-            float* radians = radians_wanted ? own_radians.data() : nullptr;
+            float* radians = !radians_wanted ? nullptr
+                             : !radians_in_output ? own_radians.data()
+                             : phase != nullptr ? phase + j * voxels
+                                                : image + j * values;
             Complex* low = adaptive ? lowres.data() + j * voxels : nullptr;
-            report.images[j] = plans.reconstruct(k, 0, ReconOutput::complex, x_values, radians, low, block_threads);
+            report.images[j] =
+                plans.reconstruct(k, data_exponent, ReconOutput::complex, x_values, radians, low, block_threads);
             // Fully sampled coils: the sensitivities and the combined phase
             // from the windowed centres too (from the whole noisy images the
             // sensitivities added 27-34 % to the error at SNR 20 and 50).
             if ((!pocs || centre_phase) && low != nullptr) {
-                calibration_of(calibration_box, all, k, options.window, low, scratch.data());
+                calibration_of(calibration_box, all, k, data_exponent, options.window, low, scratch.data());
             }
-            std::vector<Complex> e;
-            if (centre_phase && radians_wanted) {
-                e.resize(static_cast<std::size_t>(voxels));
-                phase_of_centre(calibration_box, all, k, options.window, e.data(), radians, scratch.data());
-            } else if (unit_phase_wanted) {
-                e = unit_phases(radians, voxels);
+            if (centre_unit_phase) {
+                phase_of_centre(calibration_box, all, k, data_exponent, options.window, centre_e.data(), radians,
+                                scratch.data());
             }
+            const UnitPhase e = centre_unit_phase ? UnitPhase(centre_e.data()) : UnitPhase(radians);
             if (step_per_image) {
                 const float power = noise.coil_power[static_cast<std::size_t>(j)];
                 report.image_sigma[j] = std::sqrt(power);
-                report.synthesis[j] = noise_adaptive_step(all, x, e.data(), options.ranges, power,
-                                                          report.images[j].constraint, quadrature, scratch.data());
+                report.synthesis[j] = noise_adaptive_step(all, x, e, options.ranges, power,
+                                                          report.images[j].constraint, quadrature);
             }
             if (separate) {
-                write_output(x, e.data(), voxels, options.output, image + j * values);
-                if (phase != nullptr) {
-                    std::copy(radians, radians + voxels, phase + j * voxels);
-                }
+                write_output(x, e, voxels, options.output, image + j * values);
             }
         }
     });
@@ -214,8 +219,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
     const int volume_threads = thread_count(options, shape.volumes);
     const int plane_threads = volume_threads == 1 ? report.threads : 1;
     run_on_threads(volume_threads, [&](int thread) {
-        ComplexBuffer scratch(voxels);
-        std::vector<Complex> combined(static_cast<std::size_t>(voxels)), e(static_cast<std::size_t>(voxels));
+        ComplexBuffer combined(voxels), e(voxels);  // every sample written before it is read
         std::vector<float> rss(static_cast<std::size_t>(adaptive ? 0 : voxels));
         ComplexBuffer s(adaptive ? shape.volume_stride() : 0);
         for (Index v = thread; v < shape.volumes; v += volume_threads) {
@@ -239,7 +243,7 @@ ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Comple
                     report.synthesis[v] =
                         noise_adaptive_step(all, combined.data(), e.data(), options.ranges, power,
                                             common_constraint(report.images.data() + v * shape.coils, shape.coils),
-                                            quadrature, scratch.data());
+                                            quadrature);
                 }
                 if (!report.sensitivities.empty()) {
                     std::copy(s.data(), s.data() + shape.volume_stride(), report.sensitivities.begin() + v * shape.volume_stride());

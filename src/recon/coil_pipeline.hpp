@@ -7,8 +7,9 @@
 #include "recon/method_plans.hpp"
 #include "recon/reconstruct.hpp"
 
-// As reconstruct(), on options and k-space that it has checked, with the
-// call's method plans, made before any thread starts.
-ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace,
+// As reconstruct(), on options and k-space that it has checked, read as
+// k-space times 2^-`exponent` (the unit scale), with the call's method
+// plans, made before any thread starts.
+ReconReport reconstruct_through_coil_steps(const ReconShape& shape, const Complex* kspace, int exponent,
                                            const ReconOptions& options, const MethodPlans& plans, float* image,
                                            float* phase);

@@ -4,6 +4,7 @@
 // contiguous runs, so every pass streams.
 
 #include <algorithm>
+#include <vector>
 
 #include "recon/recon_shape.hpp"
 
@@ -46,4 +47,48 @@ void to_fft_order(const Complex* centred, const std::array<Index, 3>& n, Complex
     for_each_shift_run(n, [&](Index fft, Index c, Index count) {
         std::copy(centred + c, centred + c + count, fft_order + fft);
     });
+}
+
+// Moves an image between the two orders in place (into centred order when
+// `to_centred`, else into FFT order), every sample x becoming value(x) on
+// the way, so that no second image-sized buffer is needed. Whole planes
+// travel along the cycles of their permutation along z, through two
+// plane-sized buffers, and are reordered along x and y on the way: every
+// sample is read and written once.
+template <typename Complex, typename Value>
+void reorder_in_place(Complex* image, const std::array<Index, 3>& n, bool to_centred, Value value)
+{
+    const Index nz = n[2], plane = n[0] * n[1];
+    const std::array<Index, 3> plane_n{n[0], n[1], 1};
+    // Plane z moves to plane z + shift (mod nz).
+    const Index shift = to_centred ? nz / 2 : nz - nz / 2;
+    std::vector<Complex> held(static_cast<std::size_t>(plane)), next(static_cast<std::size_t>(plane));
+    std::vector<bool> moved(static_cast<std::size_t>(nz), false);
+    for (Index start = 0; start < nz; ++start) {
+        if (moved[start]) {
+            continue;
+        }
+        std::copy(image + start * plane, image + (start + 1) * plane, held.begin());
+        Index z = start;
+        do {
+            z = (z + shift) % nz;
+            moved[z] = true;
+            Complex* to = image + z * plane;
+            std::copy(to, to + plane, next.begin());
+            for_each_shift_run(plane_n, [&](Index fft, Index c, Index count) {
+                const Index from = to_centred ? fft : c, at = to_centred ? c : fft;
+                for (Index i = 0; i < count; ++i) {
+                    to[at + i] = value(held[from + i]);
+                }
+            });
+            held.swap(next);
+        } while (z != start);
+    }
+}
+
+// The same, the samples unchanged.
+template <typename Complex>
+void reorder_in_place(Complex* image, const std::array<Index, 3>& n, bool to_centred)
+{
+    reorder_in_place(image, n, to_centred, [](const Complex& x) { return x; });
 }

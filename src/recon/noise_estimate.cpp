@@ -1,5 +1,6 @@
 #include "recon/noise_estimate.hpp"
 
+#include "recon/power_of_two.hpp"
 #include "recon/worker_threads.hpp"
 
 #include <algorithm>
@@ -43,17 +44,20 @@ std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KS
 // every axis a, index i into bin i mod m[a]: the unnormalised inverse DFT of
 // the bins is the image of the whole k-space at every (n[a] / m[a])-th
 // sample, in either k-space order.
-void fold_weighted(const Complex* coil, const std::vector<float>& weights, const std::array<Index, 3>& n,
-                   const std::array<Index, 3>& m, Complex* folded)
+void fold_weighted(const Complex* coil, int exponent, const std::vector<float>& weights,
+                   const std::array<Index, 3>& n, const std::array<Index, 3>& m, Complex* folded)
 {
     std::fill(folded, folded + m[0] * m[1] * m[2], Complex(0.0f, 0.0f));
+    std::vector<Complex> unit_row(static_cast<std::size_t>(n[0]));
     std::size_t s = 0;
     for (Index z = 0; z < n[2]; ++z) {
         for (Index y = 0; y < n[1]; ++y) {
             Complex* row = folded + ((z % m[2]) * m[1] + y % m[1]) * m[0];
+            copy_times_power_of_two(coil + s, n[0], -exponent, unit_row.data());
+            const Complex* k = unit_row.data();
             for (Index x0 = 0; x0 < n[0]; x0 += m[0]) {
-                for (Index x = 0; x < m[0]; ++x, ++s) {
-                    row[x] += weights[s] * coil[s];
+                for (Index x = 0; x < m[0]; ++x, ++s, ++k) {
+                    row[x] += weights[s] * *k;
                 }
             }
         }
@@ -141,7 +145,7 @@ std::array<Index, 3> folded_sizes(const std::array<Index, 3>& n)
     return best_samples >= least_folded_samples ? best : n;
 }
 
-std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, const ReconShape& shape,
+std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, int exponent, const ReconShape& shape,
                                          const SampledRanges& ranges, KSpaceOrder order,
                                          const VolumeTransform& transform, int threads)
 {
@@ -163,7 +167,7 @@ std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, cons
         ComplexBuffer samples(image_samples);
         std::vector<float> squared(static_cast<std::size_t>((image_samples + stride - 1) / stride));
         for (Index j = thread; j < shape.coils * shape.volumes; j += threads) {
-            fold_weighted(kspace + j * shape.voxels(), weights, shape.n, m, samples.data());
+            fold_weighted(kspace + j * shape.voxels(), exponent, weights, shape.n, m, samples.data());
             image_transform.inverse(samples.data());
             for (Index s = 0; s < image_samples; s += stride) {
                 squared[static_cast<std::size_t>(s / stride)] = std::norm(samples[s]);

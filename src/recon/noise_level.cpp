@@ -26,7 +26,7 @@ const char* name_of(NoiseSource source)
     return names[static_cast<int>(source)];
 }
 
-NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace,
+NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace, int exponent,
                        const VolumeTransform& transform)
 {
     NoiseLevel level;
@@ -47,7 +47,7 @@ NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, con
                 ranges[axis].reset();
             }
         }
-        level.coil_power = estimate_noise_powers(kspace, shape, ranges, KSpaceOrder::centred, transform,
+        level.coil_power = estimate_noise_powers(kspace, exponent, shape, ranges, KSpaceOrder::centred, transform,
                                                  thread_count(options, shape.coils * shape.volumes));
         for (float power : level.coil_power) {
             level.coil_sigma.push_back(std::sqrt(power));

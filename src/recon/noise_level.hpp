@@ -29,7 +29,8 @@ struct NoiseLevel {
 // noise power of every coil image is estimated from its own data (see noise_estimate.hpp; so a batch of volumes
 // gives what separate calls give), and the coils are left as they are: a
 // prewhitening by estimates would reweight the coils of noiseless data by
-// the estimates' scatter. Else no noise level. `transform`: all three axes
-// of the image's size.
-NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace,
+// the estimates' scatter. Else no noise level. `kspace` is read as k-space
+// times 2^-`exponent` (the unit scale); `transform`: all three axes of the
+// image's size.
+NoiseLevel noise_level(const ReconOptions& options, const ReconShape& shape, const Complex* kspace, int exponent,
                        const VolumeTransform& transform);

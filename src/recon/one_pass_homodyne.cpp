@@ -7,6 +7,7 @@
 #include "phase/phase_transfer.hpp"
 #include "recon/fft_order.hpp"
 #include "recon/power_of_two.hpp"
+#include "recon/reconstruct.hpp"
 
 namespace {
 
@@ -28,18 +29,15 @@ ComplexPlanes interleaved(Complex* values)
     return ComplexPlanes{re, re + 1, 2};
 }
 
-// A centred volume transformed in place to its centred inverse DFT, divided
-// by the sample count; `scratch` holds the FFT-order copy.
-void centred_inverse(const VolumeTransform& transform, Complex* centred, Complex* scratch)
+// A centred volume (from ComplexBuffer) transformed in place to its centred
+// inverse DFT, divided by the sample count.
+void centred_inverse(const VolumeTransform& transform, Complex* centred)
 {
-    const std::array<Index, 3>& n = transform.n();
-    for_each_shift_run(n, [&](Index fft, Index c, Index count) { std::copy(centred + c, centred + c + count, scratch + fft); });
-    transform.inverse(scratch);
+    reorder_in_place(centred, transform.n(), false);
+    transform.inverse(centred);
     const float count_of_samples = static_cast<float>(transform.voxels());
-    for_each_shift_run(n, [&](Index fft, Index c, Index count) {
-        for (Index i = 0; i < count; ++i) {
-            centred[c + i] = Complex(scratch[fft + i].real() / count_of_samples, scratch[fft + i].imag() / count_of_samples);
-        }
+    reorder_in_place(centred, transform.n(), true, [count_of_samples](Complex x) {
+        return Complex(x.real() / count_of_samples, x.imag() / count_of_samples);
     });
 }
 
@@ -156,53 +154,85 @@ VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& fu
     const Index nx = plan.n[0], ny = plan.n[1], nz = plan.n[2], voxels = full.voxels();
     const std::vector<Index> mx = mirror_map(nx, plan.mirrored[0]), my = mirror_map(ny, plan.mirrored[1]),
                              mz = mirror_map(nz, plan.mirrored[2]);
-    ComplexBuffer work(voxels), scratch(voxels), low(block.voxels());
-    weigh_mirrored(plan, kspace, exponent, work.data(), low.data());
-    centred_inverse(full, work.data(), scratch.data());
-    centred_inverse(block, low.data(), scratch.data());
+    const Index lows = block.voxels();
+    const bool unit_wanted = output == ReconOutput::complex || phase != nullptr;
 
     // The phase transfer reads the low-resolution image as two planes; the
     // second pair of planes, (Im L, -Re L), yields the sine of the phase.
-    const Index lows = block.voxels();
-    std::vector<float> planes(static_cast<std::size_t>(4 * lows));
-    for (Index i = 0; i < lows; ++i) {
-        planes[i] = low[i].real();
-        planes[lows + i] = low[i].imag();
-        planes[2 * lows + i] = low[i].imag();
-        planes[3 * lows + i] = -low[i].real();
+    // They are kept in `image` until the result is written, when they fit.
+    const Index plane_floats = (unit_wanted ? 4 : 2) * lows;
+    std::vector<float> own_planes(plane_floats <= values_per_sample(output) * voxels ? 0 : plane_floats);
+    float* const planes = own_planes.empty() ? image : own_planes.data();
+    ComplexBuffer work(voxels);
+    {
+        ComplexBuffer low(lows);
+        weigh_mirrored(plan, kspace, exponent, work.data(), low.data());
+        centred_inverse(block, low.data());
+        for (Index i = 0; i < lows; ++i) {
+            planes[i] = low[i].real();
+            planes[lows + i] = low[i].imag();
+            if (unit_wanted) {
+                planes[2 * lows + i] = low[i].imag();
+                planes[3 * lows + i] = -low[i].real();
+            }
+        }
     }
+    centred_inverse(full, work.data());
     const DimensionList data_dims{static_cast<std::uint32_t>(nx), static_cast<std::uint32_t>(ny),
                                   static_cast<std::uint32_t>(nz)};
     const std::array<Index, 3> b = plan.block();
     const DimensionList low_dims{static_cast<std::uint32_t>(b[0]), static_cast<std::uint32_t>(b[1]),
                                  static_cast<std::uint32_t>(b[2])};
-    AddLowResPhase(interleaved(work.data()), data_dims, planes.data(), planes.data() + lows, low_dims);
+    AddLowResPhase(interleaved(work.data()), data_dims, planes, planes + lows, low_dims);
 
-    // For complex output, cos and sin of the phase on the image grid (in the
-    // scratch buffer's pairs), from the transfer applied to ones.
-    float* unit = reinterpret_cast<float*>(scratch.data());
-    const bool unit_wanted = output == ReconOutput::complex || phase != nullptr;
-    if (unit_wanted) {
-        std::fill(unit, unit + 2 * voxels, 1.0f);
-        AddLowResPhase(ComplexPlanes{unit, nullptr, 1}, data_dims, planes.data(), planes.data() + lows, low_dims);
-        AddLowResPhase(ComplexPlanes{unit + voxels, nullptr, 1}, data_dims, planes.data() + 2 * lows,
-                       planes.data() + 3 * lows, low_dims);
+    // The real image, its imaginary parts now 0, packed into the first half
+    // of `work` (float i from float 2i, read before it is overwritten). For
+    // complex output or the phase, cos and sin of the phase on the image grid
+    // from the transfer applied to ones: the cosines in the second half of
+    // `work`, the sines in `phase` until it is written (else a plane of their
+    // own).
+    float* const real_image = reinterpret_cast<float*>(work.data());
+    for (Index i = 0; i < voxels; ++i) {
+        real_image[i] = real_image[2 * i];
     }
+    std::vector<float> own_sines(unit_wanted && phase == nullptr ? voxels : 0);
+    float* const cosines = unit_wanted ? real_image + voxels : nullptr;
+    float* const sines = !unit_wanted ? nullptr : phase != nullptr ? phase : own_sines.data();
+    if (unit_wanted) {
+        std::fill(cosines, cosines + voxels, 1.0f);
+        std::fill(sines, sines + voxels, 1.0f);
+        AddLowResPhase(ComplexPlanes{cosines, nullptr, 1}, data_dims, planes, planes + lows, low_dims);
+        AddLowResPhase(ComplexPlanes{sines, nullptr, 1}, data_dims, planes + 2 * lows, planes + 3 * lows, low_dims);
+    }
+    // Voxel `to` of the result from sample `from` of the mirrored image, `s`
+    // the sine there.
+    const auto put = [&](Index to, Index from, float s) {
+        const float r = std::isnan(real_image[from]) ? 0.0f : real_image[from];
+        if (phase != nullptr) {
+            const float c = cosines[from];
+            phase[to] = std::isnan(c) || std::isnan(s) ? 0.0f : std::atan2(s, c);
+        }
+        if (output == ReconOutput::complex) {
+            image[2 * to] = r == 0.0f ? 0.0f : r * cosines[from];
+            image[2 * to + 1] = r == 0.0f ? 0.0f : r * s;
+        } else {
+            image[to] = output == ReconOutput::magnitude ? std::fabs(r) : r;
+        }
+    };
+    // Mirroring pairs voxels (k -> -k on every mirrored axis): both of a pair
+    // are written once their sines are read, as the sines may lie in `phase`.
     for (Index z = 0, i = 0; z < nz; ++z) {
         for (Index y = 0; y < ny; ++y) {
             const Index row = (mz[z] * ny + my[y]) * nx;
             for (Index x = 0; x < nx; ++x, ++i) {
                 const Index from = row + mx[x];
-                const float r = std::isnan(work[from].real()) ? 0.0f : work[from].real();
-                if (phase != nullptr) {
-                    const float c = unit[from], s = unit[voxels + from];
-                    phase[i] = std::isnan(c) || std::isnan(s) ? 0.0f : std::atan2(s, c);
+                if (from < i) {
+                    continue;
                 }
-                if (output == ReconOutput::complex) {
-                    image[2 * i] = r == 0.0f ? 0.0f : r * unit[from];
-                    image[2 * i + 1] = r == 0.0f ? 0.0f : r * unit[voxels + from];
-                } else {
-                    image[i] = output == ReconOutput::magnitude ? std::fabs(r) : r;
+                const float s_from = unit_wanted ? sines[from] : 0.0f, s_i = unit_wanted ? sines[i] : 0.0f;
+                put(i, from, s_from);
+                if (from != i) {
+                    put(from, i, s_i);
                 }
             }
         }

@@ -32,7 +32,8 @@ HomodynePlan plan_homodyne(const ReconShape& shape, const SampledRanges& ranges)
 // One coil image: centred k-space in, read as k-space times 2^-`exponent`
 // (the unit scale), the centred image of that out in the form `output` (complex: the real image times the low-resolution phase), and
 // into `phase`, unless null, the low-resolution phase in radians (0 where
-// the low-resolution image is 0).
+// the low-resolution image is 0). `image` holds working data until the
+// result is written over it.
 VolumeReport homodyne_volume(const HomodynePlan& plan, const VolumeTransform& full, const VolumeTransform& block,
                              const Complex* kspace, int exponent, ReconOutput output, float* image, float* phase);
 

@@ -7,7 +7,6 @@
 
 #include "recon/coil_pipeline.hpp"
 #include "recon/method_plans.hpp"
-#include "recon/power_of_two.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/worker_threads.hpp"
 
@@ -80,21 +79,15 @@ ReconReport reconstruct_images(const ReconShape& shape, const Complex* kspace, i
 }
 
 // The reconstruction of k-space whose largest part lies in [1, 2) once
-// times 2^-exponent, with options relative to that unit-scale k-space. The
-// coil and noise steps read the k-space more than once and get a unit-scale
-// copy; the plain path scales as it copies in.
+// times 2^-exponent, with options relative to that unit-scale k-space. Every
+// step scales the k-space as it reads it: none needs a unit-scale copy.
 ReconReport reconstruct_unit_scale(const ReconShape& shape, const Complex* kspace, int exponent,
                                    const ReconOptions& options, const MethodPlans& plans, float* image, float* phase)
 {
     if (!through_coil_steps(shape, options)) {
         return reconstruct_images(shape, kspace, exponent, options, plans, image, phase);
     }
-    if (exponent == 0) {
-        return reconstruct_through_coil_steps(shape, kspace, options, plans, image, phase);
-    }
-    std::vector<Complex> unit_kspace(static_cast<std::size_t>(shape.samples()));
-    copy_times_power_of_two(kspace, shape.samples(), -exponent, unit_kspace.data());
-    return reconstruct_through_coil_steps(shape, unit_kspace.data(), options, plans, image, phase);
+    return reconstruct_through_coil_steps(shape, kspace, exponent, options, plans, image, phase);
 }
 
 }  // namespace

@@ -53,16 +53,23 @@ TEST(AdaptiveSynthesis, WeightsFollowThePartnerPowerInBothOrders)
 
 // An image at phase pi/2 whose quadrature part is 2 everywhere (power 4):
 // x = i (3 + 2i). Noise power 1 per component keeps 1 - 1/4 of it, 4 or more
-// none, 0 all; the in-phase part 3 stays.
+// none, 0 all; the in-phase part 3 stays. The phase given as unit values
+// gives exact results, as angles (pi/2 rounded to a float) nearly those.
 TEST(AdaptiveSynthesis, QuadratureKeptByItsPowerAboveTheNoise)
 {
     const std::array<Index, 3> n{2, 8, 1};
     const std::vector<C> phase(16, C(0.0f, 1.0f));
+    const std::vector<float> angles(16, 1.57079633f);
     for (auto [noise, expected] : {std::pair{1.0f, C(-1.5f, 3.0f)}, {4.0f, C(0.0f, 3.0f)}, {0.0f, C(-2.0f, 3.0f)}}) {
         std::vector<C> image(16, C(-2.0f, 3.0f));
         SynthesisReport report;
         weight_quadrature(image.data(), phase.data(), n, noise, report);
         EXPECT_EQ(image, std::vector<C>(16, expected));
         EXPECT_DOUBLE_EQ(report.quadrature_weight, -expected.real() / 2.0f);
+        image.assign(16, C(-2.0f, 3.0f));
+        weight_quadrature(image.data(), UnitPhase(angles.data()), n, noise, report);
+        for (const C& x : image) {
+            EXPECT_LT(std::abs(x - expected), 1e-5f);
+        }
     }
 }

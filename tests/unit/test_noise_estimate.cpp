@@ -2,7 +2,7 @@
 // is a product of Dirichlet kernels) under known complex Gaussian noise,
 // acquired ky = -n/8 .. n/2-1; two coils of different noise, two volumes;
 // images small enough to transform whole, large ones folded, and large ones
-// of prime lengths.
+// of prime lengths; data far from unit scale read at it.
 
 #include <gtest/gtest.h>
 
@@ -36,7 +36,14 @@ std::vector<float> estimate(const ReconShape& shape, const SampledRanges& ranges
         k[s] = ky >= ranges[1]->first ? static_cast<float>(object) + noise : 0.0f;
     }
     const VolumeTransform transform(shape.n);
-    return estimate_noise_powers(k.data(), shape, ranges, KSpaceOrder::centred, transform);
+    const std::vector<float> powers = estimate_noise_powers(k.data(), 0, shape, ranges, KSpaceOrder::centred, transform);
+    // The same data 2^40 times larger, read at their unit scale: the same
+    // powers, digit for digit.
+    for (std::complex<float>& sample : k) {
+        sample *= 1099511627776.0f;
+    }
+    EXPECT_EQ(estimate_noise_powers(k.data(), 40, shape, ranges, KSpaceOrder::centred, transform), powers);
+    return powers;
 }
 
 }  // namespace
