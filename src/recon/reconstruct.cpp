@@ -7,6 +7,7 @@
 
 #include "recon/coil_pipeline.hpp"
 #include "recon/method_plans.hpp"
+#include "recon/power_of_two.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/worker_threads.hpp"
 
