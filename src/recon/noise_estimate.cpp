@@ -44,20 +44,23 @@ std::vector<double> axis_weights(Index n, const std::optional<KRange>& range, KS
 // every axis a, index i into bin i mod m[a]: the unnormalised inverse DFT of
 // the bins is the image of the whole k-space at every (n[a] / m[a])-th
 // sample, in either k-space order.
-void fold_weighted(const Complex* coil, int exponent, const std::vector<float>& weights,
+void fold_weighted(const Complex* coil, int exponent, const HighpassWeights& weights,
                    const std::array<Index, 3>& n, const std::array<Index, 3>& m, Complex* folded)
 {
     std::fill(folded, folded + m[0] * m[1] * m[2], Complex(0.0f, 0.0f));
     std::vector<Complex> unit_row(static_cast<std::size_t>(n[0]));
+    std::vector<float> weight_row(static_cast<std::size_t>(n[0]));
     std::size_t s = 0;
     for (Index z = 0; z < n[2]; ++z) {
-        for (Index y = 0; y < n[1]; ++y) {
+        for (Index y = 0; y < n[1]; ++y, s += n[0]) {
             Complex* row = folded + ((z % m[2]) * m[1] + y % m[1]) * m[0];
             copy_times_power_of_two(coil + s, n[0], -exponent, unit_row.data());
+            weights.row(y, z, weight_row.data());
             const Complex* k = unit_row.data();
+            const float* w = weight_row.data();
             for (Index x0 = 0; x0 < n[0]; x0 += m[0]) {
-                for (Index x = 0; x < m[0]; ++x, ++s, ++k) {
-                    row[x] += weights[s] * *k;
+                for (Index x = 0; x < m[0]; ++x, ++w, ++k) {
+                    row[x] += *w * *k;
                 }
             }
         }
@@ -66,22 +69,36 @@ void fold_weighted(const Complex* coil, int exponent, const std::vector<float>& 
 
 }  // namespace
 
-std::vector<float> noise_highpass_weights(const std::array<Index, 3>& n, const SampledRanges& ranges,
-                                          KSpaceOrder order)
+HighpassWeights noise_highpass_weights(const std::array<Index, 3>& n, const SampledRanges& ranges, KSpaceOrder order)
 {
-    const auto wx = axis_weights(n[0], ranges[0], order);
-    const auto wy = axis_weights(n[1], ranges[1], order);
-    const auto wz = axis_weights(n[2], ranges[2], order);
-    std::vector<float> weights(static_cast<std::size_t>(n[0] * n[1] * n[2]));
-    std::size_t s = 0;
-    for (Index z = 0; z < n[2]; ++z) {
-        for (Index y = 0; y < n[1]; ++y) {
-            for (Index x = 0; x < n[0]; ++x) {
-                weights[s++] = static_cast<float>(wx[x] * wy[y] * wz[z]);
+    HighpassWeights weights;
+    for (int axis = 0; axis < 3; ++axis) {
+        weights.axis[axis] = axis_weights(n[axis], ranges[axis], order);
+    }
+    return weights;
+}
+
+void HighpassWeights::row(Index y, Index z, float* out) const
+{
+    const double wy = axis[1][static_cast<std::size_t>(y)], wz = axis[2][static_cast<std::size_t>(z)];
+    for (std::size_t x = 0; x < axis[0].size(); ++x) {
+        out[x] = static_cast<float>(axis[0][x] * wy * wz);
+    }
+}
+
+double HighpassWeights::energy() const
+{
+    std::vector<float> w(axis[0].size());
+    double sum = 0.0;
+    for (std::size_t z = 0; z < axis[2].size(); ++z) {
+        for (std::size_t y = 0; y < axis[1].size(); ++y) {
+            row(static_cast<Index>(y), static_cast<Index>(z), w.data());
+            for (float v : w) {
+                sum += static_cast<double>(v) * static_cast<double>(v);
             }
         }
     }
-    return weights;
+    return sum;
 }
 
 float noise_power_from_highpass(std::vector<float>& squared_magnitudes, double weight_energy)
@@ -149,11 +166,8 @@ std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, int 
                                          const SampledRanges& ranges, KSpaceOrder order,
                                          const VolumeTransform& transform, int threads)
 {
-    const std::vector<float> weights = noise_highpass_weights(shape.n, ranges, order);
-    double weight_energy = 0.0;
-    for (float w : weights) {
-        weight_energy += static_cast<double>(w) * static_cast<double>(w);
-    }
+    const HighpassWeights weights = noise_highpass_weights(shape.n, ranges, order);
+    const double weight_energy = weights.energy();
     const std::array<Index, 3> m = folded_sizes(shape.n);
     // Planned here, before the workers start (FFTW's planner is not thread-safe).
     const std::unique_ptr<VolumeTransform> folded_transform(m == shape.n ? nullptr : new VolumeTransform(m));

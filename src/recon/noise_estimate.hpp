@@ -31,8 +31,14 @@
 //                        sin^2(pi k / n) inside the block, 0 outside;
 //   axis of one sample:  1.
 // The weight is the product over the axes.
-std::vector<float> noise_highpass_weights(const std::array<Index, 3>& n, const SampledRanges& ranges,
-                                          KSpaceOrder order);
+// Kept per axis (a whole-volume table cost a k-space's worth of floats) and
+// multiplied out a row along x at a time.
+struct HighpassWeights {
+    std::array<std::vector<double>, 3> axis;
+    void row(Index y, Index z, float* out) const;  // the weights of row (y, z)
+    double energy() const;                         // the sum of the squared weights
+};
+HighpassWeights noise_highpass_weights(const std::array<Index, 3>& n, const SampledRanges& ranges, KSpaceOrder order);
 
 // Noise power per k-space sample from the squared magnitudes of the
 // unnormalised inverse DFT of weighted k-space (any image order), pooled over
