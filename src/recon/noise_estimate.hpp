@@ -63,12 +63,13 @@ std::array<Index, 3> folded_sizes(const std::array<Index, 3>& n);
 // Noise power per k-space sample of every coil of every volume of `kspace`
 // (shape x, y, z, coils, volumes; zero outside the sampled block), coils
 // fastest, the k-space read times 2^-`exponent` (the unit scale, applied
-// row by row as it is read, so that no scaled copy is needed). The image on the lattice above comes exactly from the weighted
-// k-space summed into m[a] bins per axis (sample index i into bin i mod m[a])
-// and an inverse transform of the bins, planned here with FFTW_ESTIMATE (so
-// call it before any worker thread of the caller starts). `transform`: all
-// three axes of the image's size, used when the image is not folded; coil
-// image j runs on thread j mod threads.
+// row by row as it is read, so that no scaled copy is needed). The image on
+// the lattice above comes exactly from the weighted k-space summed into m[a]
+// bins per axis (sample index i into bin i mod m[a]) and an inverse
+// transform of the bins, planned here with FFTW_ESTIMATE (so call it before
+// any worker thread of the caller starts). `transform`: all three axes of
+// the image's size, used when the image is not folded; coil image j runs on
+// thread j mod threads.
 std::vector<float> estimate_noise_powers(const std::complex<float>* kspace, int exponent, const ReconShape& shape,
                                          const SampledRanges& ranges, KSpaceOrder order,
                                          const VolumeTransform& transform, int threads = 1);

@@ -35,7 +35,8 @@ std::vector<float> blend_weights(const SampledBox& box, int axis, int band)
 }
 
 template <bool Blend>
-inline __attribute__((always_inline)) double restore_runs(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured)
+inline __attribute__((always_inline)) double restore_runs(const PocsPlan& plan, const BlockShape& shape,
+                                                          Complex* block, const Complex* measured)
 {
     double residual = 0.0;
     for (const BlockRun& run : shape.runs) {
@@ -66,8 +67,8 @@ inline __attribute__((always_inline)) double restore_runs(const PocsPlan& plan, 
 constexpr Index lanes = 8;
 
 template <PhaseConstraint Form>
-inline __attribute__((always_inline)) void project_one(Complex* image, const Complex* phase, float* amplitude, Index i, float scale, float& change,
-                        float& norm)
+inline __attribute__((always_inline)) void project_one(Complex* image, const Complex* phase, float* amplitude,
+                                                       Index i, float scale, float& change, float& norm)
 {
     const float xr = image[i].real() * scale, xi = image[i].imag() * scale;
     const float er = phase[i].real(), ei = phase[i].imag();
@@ -80,7 +81,8 @@ inline __attribute__((always_inline)) void project_one(Complex* image, const Com
 }
 
 template <PhaseConstraint Form>
-inline __attribute__((always_inline)) Projection project_rows(Complex* image, const Complex* phase, float* amplitude, Index count, float scale)
+inline __attribute__((always_inline)) Projection project_rows(Complex* image, const Complex* phase,
+                                                              float* amplitude, Index count, float scale)
 {
     // Lanes summed per run of 4096 samples, the runs in double.
     Projection sums;
@@ -172,7 +174,8 @@ void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
     const std::array<Index, 3> hybrid_first = block_origin(plan.blocks, block);
     // The block in image axes: its sizes, first positions and buffer strides.
     std::array<Index, 3> sizes, first, stride;
-    for (int j = 0, step = 1; j < 3; step *= static_cast<int>(hybrid_sizes[j]), ++j) {
+    Index step = 1;
+    for (int j = 0; j < 3; step *= hybrid_sizes[j], ++j) {
         sizes[plan.order[j]] = hybrid_sizes[j];
         first[plan.order[j]] = hybrid_first[j];
         stride[plan.order[j]] = step;
@@ -211,7 +214,8 @@ std::array<Index, 3> crop_for_hybrid_space(const PocsPlan& plan, const VolumeTra
     const SampledBox& box = plan.box;
     const std::array<Index, 3>& n = box.n;
     std::array<Index, 3> stride;  // hybrid strides, in image axes
-    for (int j = 0, step = 1; j < 3; step *= static_cast<int>(plan.hybrid.extent(j)), ++j) {
+    Index step = 1;
+    for (int j = 0; j < 3; step *= plan.hybrid.extent(j), ++j) {
         stride[plan.order[j]] = step;
     }
     const auto source = [&](int axis, Index i) {
@@ -519,8 +523,8 @@ VolumeReport pocs_volume(const PocsPlan& plan, const PocsTransforms& transforms,
     // The image's squared norm per voxel, in the blocks' units: at least the
     // measured samples' (the estimate adds the synthesised ones), over the
     // partial axes' length that the blocks' projections divide by.
-    const double share_of_norm =
-        measured_norm / static_cast<double>(transforms.block.transformed()) / static_cast<double>(box.n[0] * box.n[1] * box.n[2]);
+    const double share_of_norm = measured_norm / static_cast<double>(transforms.block.transformed()) /
+                                 static_cast<double>(box.n[0] * box.n[1] * box.n[2]);
 
     // The phase of the calibration image is taken relative to its largest
     // magnitude over the whole image (see keep_phase): a first pass finds it.
