@@ -106,8 +106,10 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                   phantoms and flat or rising beyond 40).
 %     'Tolerance'   POCS: a block of lines (one partial axis) or planes
 %                   (two) stops once its relative change in an iteration
-%                   falls below this (default 2e-4); 0 runs exactly
-%                   'Iterations'.
+%                   falls below this (default 2e-4), the change taken
+%                   relative to the block's own norm or, for a block
+%                   weaker than its share of the image (background), to
+%                   that share; 0 runs exactly 'Iterations'.
 %     'Threads'     threads of the call (default 0: one per core): volumes
 %                   reconstructed at once, and threads left over share the
 %                   blocks of one image. The result does not depend on it.
@@ -269,7 +271,7 @@ function [img, phase, zero_filled, info, sensitivities] = homodyne_recon(kspace,
 %                  method, constraint (the form kept), iterations (3 x
 %                  images: the fewest, median and most that POCS's blocks
 %                  ran), change (the largest last relative change of a
-%                  block), residual (relative data residual of the last
+%                  block, as 'Tolerance' measures it), residual (relative data residual of the last
 %                  projections), echo_offset (3 x
 %                  images: the k-space peak per partial axis), threads,
 %                  combination ('adaptive', 'rss' or 'none'), noise_source

@@ -325,7 +325,9 @@ const std::vector<Row>& rows()
           "10 and 20 on the phantoms and was flat or rising beyond 40)"},
          [](ReconSettings& s, const OptionValue& v) { set_numeric(s, &ReconOptions::iterations, v, "Iterations", true); }},
         {{"Tolerance", OptionKind::number, "T", "2e-4",
-          "POCS: stop once the relative change of an iteration falls below T,\n"
+          "POCS: a block of lines (or planes) stops once the relative change\n"
+          "of an iteration falls below T, relative to the block's norm or, for\n"
+          "a block weaker than its share of the image, to that share;\n"
           "0 <= T < 1; 0 runs every iteration"},
          [](ReconSettings& s, const OptionValue& v) { set_numeric(s, &ReconOptions::tolerance, v, "Tolerance", false); }},
         {{"Threads", OptionKind::whole_number, "N", "0",
