@@ -12,7 +12,8 @@ function lines = compare_command_line(build_dir, methods)
 %     command line does by default; all cores). Its first
 %     call in a session measures the FFTW plans; the call timed is the
 %     second, the one a session meets from then on;
-%   - the command line BUILD_DIR/homodyne-recon on the file, twice with
+%   - the command line BUILD_DIR/homodyne-recon on the file with the same
+%     options (--output magnitude), twice with
 %     one --wisdom file: starting the process, reading, reconstructing,
 %     writing the images (all cores). The first run measures the plans and keeps them in the file,
 %     the second (the one timed against Octave) reads them, as a batch of
@@ -46,7 +47,8 @@ function lines = compare_command_line(build_dir, methods)
 
     images = fullfile(folder, 'images.h5');
     wisdom = fullfile(folder, 'wisdom.txt');
-    command = sprintf('"%s" --quiet --method %s --wisdom "%s" "%s" "%s"', program, methods{m}, wisdom, file, images);
+    command = sprintf('"%s" --quiet --output magnitude --method %s --wisdom "%s" "%s" "%s"', program, methods{m}, ...
+                      wisdom, file, images);
     cli_seconds = [0 0];
     for run = 1:2
       started = tic;
