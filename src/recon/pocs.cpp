@@ -163,6 +163,24 @@ std::array<Index, 3> block_origin(const PocsBlocks& blocks, Index block)
     return origin;
 }
 
+// Values per hybrid axis (`order[j]`: the image axis of hybrid axis j)
+// placed along the image axes.
+std::array<Index, 3> in_image_axes(const std::array<int, 3>& order, const std::array<Index, 3>& hybrid)
+{
+    std::array<Index, 3> image;
+    for (int j = 0; j < 3; ++j) {
+        image[order[j]] = hybrid[j];
+    }
+    return image;
+}
+
+// The strides of an array of the given hybrid sizes (first hybrid axis
+// fastest), along the image axes.
+std::array<Index, 3> strides_in_image_axes(const std::array<int, 3>& order, const std::array<Index, 3>& hybrid_sizes)
+{
+    return in_image_axes(order, {1, hybrid_sizes[0], hybrid_sizes[0] * hybrid_sizes[1]});
+}
+
 // Calls visit(buffer_offset, buffer_stride, centred_offset, count) for the
 // runs of a block buffer along the image's x that are contiguous in the
 // centred image (the buffer holds them `buffer_stride` apart).
@@ -173,13 +191,9 @@ void for_each_block_shift_run(const PocsPlan& plan, Index block, Visit visit)
     const std::array<Index, 3>& hybrid_sizes = plan.blocks.shape_of(block).sizes;
     const std::array<Index, 3> hybrid_first = block_origin(plan.blocks, block);
     // The block in image axes: its sizes, first positions and buffer strides.
-    std::array<Index, 3> sizes, first, stride;
-    Index step = 1;
-    for (int j = 0; j < 3; step *= hybrid_sizes[j], ++j) {
-        sizes[plan.order[j]] = hybrid_sizes[j];
-        first[plan.order[j]] = hybrid_first[j];
-        stride[plan.order[j]] = step;
-    }
+    const std::array<Index, 3> sizes = in_image_axes(plan.order, hybrid_sizes);
+    const std::array<Index, 3> first = in_image_axes(plan.order, hybrid_first);
+    const std::array<Index, 3> stride = strides_in_image_axes(plan.order, hybrid_sizes);
     const Index low = n[0] - n[0] / 2;  // FFT positions below it are k >= 0
     const Index x0 = first[0], x1 = first[0] + sizes[0];
     for (Index z = 0; z < sizes[2]; ++z) {
@@ -213,11 +227,7 @@ std::array<Index, 3> crop_for_hybrid_space(const PocsPlan& plan, const VolumeTra
 {
     const SampledBox& box = plan.box;
     const std::array<Index, 3>& n = box.n;
-    std::array<Index, 3> stride;  // hybrid strides, in image axes
-    Index step = 1;
-    for (int j = 0; j < 3; step *= plan.hybrid.extent(j), ++j) {
-        stride[plan.order[j]] = step;
-    }
+    const std::array<Index, 3> stride = strides_in_image_axes(plan.order, extents_of(plan.hybrid));
     const auto source = [&](int axis, Index i) {
         return box.partial[axis] ? box.range[axis].first + i + n[axis] / 2 : centred_index(i, n[axis]);
     };
