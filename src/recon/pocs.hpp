@@ -7,7 +7,8 @@
 //   data consistency  measured samples put back, optionally blended with the
 //                     estimate over a transition band at the block's edge.
 // The constraint pass also applies the transforms' scale and measures the
-// change; the data pass measures the data residual of the projected image.
+// change; the last data pass measures the data residual of the projected
+// image.
 //
 // The measured block spans every fully sampled axis, so the data step
 // commutes with transforms along those axes: they are transformed once, up
@@ -118,6 +119,8 @@ Projection project_onto_phase(Complex* image, const Complex* phase, float* ampli
 // measured block) replaces the estimate e as w*m + (1 - w)*e, w from the
 // plan's blend weights. Returns ||e - m||^2 over the block.
 double restore_measured(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured);
+// The same without measuring the residual.
+void put_back_measured(const PocsPlan& plan, const BlockShape& shape, Complex* block, const Complex* measured);
 
 // The transforms of one call: all axes (the phase estimate of other steps);
 // a row along x, when x is fully sampled (each measured row as it is
