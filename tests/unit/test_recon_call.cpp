@@ -10,6 +10,7 @@
 
 #include "recon/recon_call.hpp"
 #include "recon/recon_error.hpp"
+#include "recon/reconstruct.hpp"
 
 namespace {
 
@@ -184,6 +185,23 @@ TEST(ReconCall, DataOfAnyScaleGiveTheUnitImageAndTheirExponent)
         const Result in_place = run(plain, input_of(tiny, {nx, ny}));
         EXPECT_EQ(in_place.info.scale_exponent, at_unit.info.scale_exponent - 100);
         EXPECT_EQ(in_place.image, at_unit.image) << method;
+    }
+}
+
+TEST(ReconCall, TheKspaceCheckFindsTheLargestPartAndAnyNanOrInf)
+{
+    // 1000 samples: most of them in the vectorised body, the last few after it.
+    const ReconShape shape{{10, 10, 10}};
+    std::vector<Complex> k(1000, Complex(0.5f, -0.25f));
+    k[517] = Complex(0.0f, -3.0f);
+    k[998] = Complex(2.5f, 1.0f);
+    EXPECT_EQ(check_kspace_values(shape, k.data()), 3.0f);
+    for (const float bad : {std::nanf(""), -std::nanf(""), HUGE_VALF, -HUGE_VALF}) {
+        for (const Index at : {Index(0), Index(501), Index(999)}) {
+            std::vector<Complex> with_bad(k);
+            with_bad[at] = Complex(1.0f, bad);
+            EXPECT_THROW(check_kspace_values(shape, with_bad.data()), ReconError) << at;
+        }
     }
 }
 
