@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <cmath>
 
+#include "recon/largest_part.hpp"
 #include "recon/recon_error.hpp"
 
 namespace {
@@ -71,11 +72,16 @@ int unit_exponent_of(const KspaceInput& input, const ArrayLayout& layout, const 
 {
     double largest = 0.0;
     bool finite = true;
-    visit_any(input, layout, strides, [&](auto re, auto im, Index) {
-        const double a = std::fabs(static_cast<double>(re)), b = std::fabs(static_cast<double>(im));
-        finite = finite && a <= DBL_MAX && b <= DBL_MAX;
-        largest = std::max(largest, std::max(a, b));
-    });
+    if (input.type == KspaceInput::Type::complex_float && layout.canonical_in_memory(strides)) {
+        largest = largest_part(static_cast<const Complex*>(input.data), layout.shape.samples());
+        finite = std::isfinite(largest);
+    } else {
+        visit_any(input, layout, strides, [&](auto re, auto im, Index) {
+            const double a = std::fabs(static_cast<double>(re)), b = std::fabs(static_cast<double>(im));
+            finite = finite && a <= DBL_MAX && b <= DBL_MAX;
+            largest = std::max(largest, std::max(a, b));
+        });
+    }
     if (!finite) {
         throw ReconError("homodyne:badInput", input.name + " holds NaN or Inf values.");
     }

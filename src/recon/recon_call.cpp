@@ -91,8 +91,13 @@ ReconCall prepare_call(const ReconSettings& settings, const KspaceInput& input)
 
     const std::vector<Index> strides = strides_of(input, call.layout);
     const int exponent = unit_exponent_of(input, call.layout, strides);
+    // The plane energies are relative to the largest part, the same at any
+    // scale: single-precision data in the canonical order are read where they
+    // are, off unit scale or not (a copy was a quarter of an 8-coil call).
     std::vector<Complex> copy;
-    const Complex* kspace = unit_kspace(input, call.layout, exponent, false, {}, copy);
+    const Complex* kspace = usable_in_place(input, call.layout, strides, 0)
+                                ? static_cast<const Complex*>(input.data)
+                                : unit_kspace(input, call.layout, exponent, false, {}, copy);
     const PlaneEnergies energies = plane_energies(call.shape, kspace);
 
     RangeLabels labels;

@@ -2,35 +2,20 @@
 
 #include <cfloat>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 #include <optional>
 
-#include "common/vector_clones.hpp"
 #include "recon/coil_pipeline.hpp"
+#include "recon/largest_part.hpp"
 #include "recon/method_plans.hpp"
 #include "recon/power_of_two.hpp"
 #include "recon/recon_error.hpp"
 #include "recon/worker_threads.hpp"
 
-HOMODYNE_VECTOR_CLONES
 float check_kspace_values(const ReconShape& shape, const Complex* kspace)
 {
-    // Magnitudes compared as the bits of their IEEE values, which order
-    // non-negative floats as their values do and put Inf and NaN above the
-    // largest finite one: an integer maximum, which vectorises where a float
-    // one that must notice NaN does not.
-    const float* values = reinterpret_cast<const float*>(kspace);  // real and imaginary parts in turn
-    std::uint32_t largest_bits = 0;
-    for (Index i = 0; i < 2 * shape.samples(); ++i) {
-        std::uint32_t bits;
-        std::memcpy(&bits, values + i, sizeof bits);
-        largest_bits = std::max(largest_bits, bits & 0x7fffffffu);
-    }
-    const bool finite = largest_bits <= 0x7f7fffffu;
-    float largest;
-    std::memcpy(&largest, &largest_bits, sizeof largest);
+    const float largest = largest_part(kspace, shape.samples());
+    const bool finite = std::isfinite(largest);
     if (!finite) {
         throw ReconError("homodyne:badInput", "KSPACE holds NaN or Inf values.");
     }
