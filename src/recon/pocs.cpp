@@ -60,7 +60,7 @@ inline __attribute__((always_inline)) void put_back_runs(const PocsPlan& plan, c
 // does not depend on threads or on the machine's vector width.
 constexpr Index lanes = 8;
 
-// Adds terms[i] to lanes[i mod 8], i < count.
+// Adds terms[i] to lane[i mod 8], i < count.
 inline __attribute__((always_inline)) void add_to_lanes(const float* terms, Index count, float* lane)
 {
     Index i = 0;
